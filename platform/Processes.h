@@ -64,6 +64,9 @@ TPX1_API OSErr LaunchApplication(LaunchParamBlockRec *block);
 /* The host's identity: its signature (and so its bus name) and, optionally, a name. */
 TPX1_API void PlatformSetProcessSignature(OSType signature);
 TPX1_API OSType PlatformProcessSignature(void);
+/* Called when another process brings this one to the front (SetFrontProcess). */
+typedef void (*PlatformActivateProc)(void);
+TPX1_API void PlatformSetActivateHandler(PlatformActivateProc proc);
 
 #ifdef __cplusplus
 }

@@ -75,6 +75,19 @@ TPX1_API OSErr NavChooseFile(const char *windowTitle, const char *clientName, ch
 TPX1_API OSErr NavPutFile(const char *windowTitle, const char *clientName, const char *proposedName,
                           char *folderPath, int32_t folderSize, char *fileName, int32_t nameSize);
 
+/* Test backend of the dialog service: records every dialog (a copy of its spec) and
+ * every beep, and answers from a queue (button 1 when the queue is empty; file dialogs
+ * cancel when their queue is empty). PlatformDialogUseDefault goes back to the backend
+ * the environment chooses (log, terminal or headless). */
+TPX1_API void PlatformDialogUseRecorder(void);
+TPX1_API void PlatformDialogUseDefault(void);
+TPX1_API void PlatformDialogQueueAnswer(int16_t button);
+TPX1_API void PlatformDialogQueueFileAnswer(const char *classicPathOrEmpty);
+TPX1_API int32_t PlatformDialogRecordedCount(void);
+TPX1_API const DialogSpec *PlatformDialogRecorded(int32_t i);   /* 0-based; NULL past the end */
+TPX1_API int32_t PlatformBeepCount(void);
+TPX1_API void PlatformDialogClearRecord(void);
+
 /* ---- Mac Roman and UTF-8. Both return the bytes written (a NUL is always added),
  * or -1 when dst is too small. Every Mac Roman byte has a UTF-8 form. A UTF-8
  * character without a Mac Roman form becomes '?', and *firstBad (if not NULL) receives
