@@ -1,0 +1,105 @@
+/*
+ * MacRoman.cpp: conversion between the core's Mac Roman text and UTF-8 with glibc
+ * iconv ("MACINTOSH"). One descriptor per direction, opened on first use and kept;
+ * a lock serialises their use because an iconv descriptor carries state.
+ */
+#include "platform/Toolbox.h"
+
+#include <cerrno>
+#include <cstring>
+#include <iconv.h>
+#include <mutex>
+
+namespace {
+
+std::mutex gIconvLock;
+iconv_t gToUTF8 = (iconv_t)-1;
+iconv_t gFromUTF8 = (iconv_t)-1;
+
+iconv_t OpenConverter(iconv_t *slot, const char *to, const char *from)
+{
+    if (*slot == (iconv_t)-1) *slot = iconv_open(to, from);
+    else iconv(*slot, nullptr, nullptr, nullptr, nullptr);
+    return *slot;
+}
+
+/* Length of the UTF-8 sequence that starts with lead (1 for a stray byte). */
+size_t UTF8SequenceLength(unsigned char lead)
+{
+    if (lead >= 0xF0 && lead <= 0xF4) return 4;
+    if (lead >= 0xE0) return lead <= 0xEF ? 3 : 1;
+    if (lead >= 0xC2) return 2;
+    return 1;
+}
+
+int32_t SourceLength(const char *src, int32_t srcLen)
+{
+    return srcLen < 0 ? (int32_t)strlen(src) : srcLen;
+}
+
+} // namespace
+
+extern "C" {
+
+/* srcLen < 0 means the source is NUL-terminated. */
+int32_t PlatformMacRomanToUTF8(const char *src, int32_t srcLen, char *dst, int32_t dstSize)
+{
+    if (!dst || dstSize < 1) return -1;
+    if (!src) src = "";
+    srcLen = SourceLength(src, srcLen);
+    std::lock_guard<std::mutex> hold(gIconvLock);
+    iconv_t cd = OpenConverter(&gToUTF8, "UTF-8", "MACINTOSH");
+    if (cd == (iconv_t)-1) return -1;
+    char *in = const_cast<char *>(src);
+    size_t inLeft = srcLen;
+    char *out = dst;
+    size_t outLeft = dstSize - 1;
+    while (inLeft > 0) {
+        if (iconv(cd, &in, &inLeft, &out, &outLeft) != (size_t)-1) break;
+        if (errno == E2BIG) return -1;
+        /* Every Mac Roman byte has a Unicode form; keep going should iconv refuse one. */
+        if (outLeft < 1) return -1;
+        *out++ = '?';
+        outLeft--;
+        in++;
+        inLeft--;
+    }
+    *out = 0;
+    return (int32_t)(out - dst);
+}
+
+int32_t PlatformUTF8ToMacRoman(const char *src, int32_t srcLen, char *dst, int32_t dstSize, int32_t *firstBad)
+{
+    if (firstBad) *firstBad = -1;
+    if (!dst || dstSize < 1) return -1;
+    if (!src) src = "";
+    srcLen = SourceLength(src, srcLen);
+    std::lock_guard<std::mutex> hold(gIconvLock);
+    iconv_t cd = OpenConverter(&gFromUTF8, "MACINTOSH", "UTF-8");
+    if (cd == (iconv_t)-1) return -1;
+    char *in = const_cast<char *>(src);
+    size_t inLeft = srcLen;
+    char *out = dst;
+    size_t outLeft = dstSize - 1;
+    while (inLeft > 0) {
+        if (iconv(cd, &in, &inLeft, &out, &outLeft) != (size_t)-1) break;
+        if (errno == E2BIG) return -1;
+        /* EILSEQ (no Mac Roman form, or not UTF-8) or EINVAL (cut off at the end):
+         * one '?' for the character, then go on after it. */
+        if (firstBad && *firstBad < 0) *firstBad = (int32_t)(in - src);
+        if (outLeft < 1) return -1;
+        *out++ = '?';
+        outLeft--;
+        size_t skip = UTF8SequenceLength((unsigned char)*in);
+        for (size_t i = 1; i < skip && i < inLeft; i++)
+            if (((unsigned char)in[i] & 0xC0) != 0x80) { skip = i; break; }
+        if (skip > inLeft) skip = inLeft;
+        in += skip;
+        inLeft -= skip;
+        iconv(cd, nullptr, nullptr, nullptr, nullptr);
+    }
+    *out = 0;
+    return (int32_t)(out - dst);
+}
+
+} // extern "C"
