@@ -1,0 +1,67 @@
+/*
+ * Lifecycle.cpp: Init, Shutdown and the deferred-init flag. Init creates the lists and
+ * the ten reserved globals from the host application's identity; Shutdown says "BYE "
+ * to every partner that is still running and frees every list.
+ */
+#include "plugin/Plugin.h"
+#include "files/Paths.h"
+#include "iac/Iac.h"
+#include "store/DataNode.h"
+#include "store/Globals.h"
+#include "store/MessageLists.h"
+#include "text/TextUtils.h"
+
+unsigned char gDeferredInitDone = 0;
+
+void Plugin_Init(short hostVersion)
+{
+    (void)hostVersion;
+    char appName[256], appPath[256], appFolder[256], signatureText[256];
+
+    OSType signature = GetAppSignature();
+    GetAppName(appName);
+    GetAppFullPathName(appPath);
+    GetAppFolderPathWithDelimiter(appFolder);
+    OSTypeToString(signature, signatureText);
+
+    InitDataLists();
+
+    SetGlobalFromStr("App Name", 1, appName);
+    SetGlobalFromStr("App Path", 1, appPath);
+    SetGlobalFromStr("App Folder with Delim", 1, appFolder);
+    SetGlobalFromStr("Error Dialogs", 1, "TRUE");
+    SetGlobalFromStr("Handle Message Script", 1, "TOPOLUX");
+    SetGlobalFromStr("Plugin Version", 1, kPluginVersionText);
+    SetGlobalFromStr("Script Menu Name", 1, "Scripts");
+    SetGlobalFromStr("App Signature", 1, signatureText);
+    SetGlobalFromStr("App PSIG", 1, signatureText);
+    SetGlobalFromStr("App DOC", 1, "");
+}
+
+void Plugin_Shutdown(void)
+{
+    for (int i = 0; i < kFriendCount; i++) {
+        OSType signature = gFriends[i].signature;
+        if (signature == 0 || !AppIsRunning(signature))
+            continue;
+        if (!AppIsRunning(signature))
+            continue;
+        if (SetOutgoingMessageParameterFromStr("MSSG", "BYE ", 2) == 0)
+            SendMessageToApp(signature, 2);
+    }
+    DisposeDataLists();
+}
+
+void Plugin_DeferredInit(void)
+{
+    gDeferredInitDone = 1;
+}
+
+void Plugin_AppPrefs(void)
+{
+}
+
+OSErr SendMessageToApp(unsigned long signature, short kind)
+{
+    return SendMessageFromOutgoingMessageParameters(signature, kind);
+}
