@@ -1,0 +1,131 @@
+/*
+ * DialogTerminal.cpp: the dialog backend for an interactive terminal. The dialog is
+ * drawn as a box on stderr and answered with one key read in raw mode from stdin:
+ * Return for the default button, Escape for the cancel button, or a button's digit.
+ * The file dialogs ask for a classic path on one line (empty: cancelled).
+ */
+#include "platform/DialogBackends.h"
+#include "platform/TextLayout.h"
+
+#include <cstdio>
+#include <cstring>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+enum { kBoxColumns = 60 };
+
+/* One row of the box: "| " + text padded to the box width + " |". The text is Mac
+ * Roman, one column a byte, and is converted for the terminal. */
+void DrawBoxRow(const std::string &mac)
+{
+    std::string padded = mac;
+    if (padded.size() < kBoxColumns) padded.append(kBoxColumns - padded.size(), ' ');
+    fprintf(stderr, "| %s |\n", MacRomanToUTF8String(padded.c_str()).c_str());
+}
+
+void DrawBoxRule(const std::string &title)
+{
+    std::string rule = "+-";
+    if (!title.empty()) rule += " " + title + " ";
+    while (rule.size() < kBoxColumns + 3) rule += '-';
+    fprintf(stderr, "%s+\n", MacRomanToUTF8String(rule.c_str()).c_str());
+}
+
+void DrawDialogBox(const DialogSpec *spec)
+{
+    std::string title = DialogIconWord(spec->icon);
+    if (spec->caption && *spec->caption) title += (title.empty() ? "" : ": ") + std::string(spec->caption);
+    DrawBoxRule(title);
+    const char *text = spec->text ? spec->text : "";
+    int32_t len = (int32_t)strlen(text), pos = 0, end;
+    bool hadBreak = false;
+    while (pos < len) {
+        int32_t start = pos;
+        pos = NextLayoutLine(text, len, pos, kBoxColumns, &end, &hadBreak);
+        DrawBoxRow(std::string(text + start, end - start));
+    }
+    if (hadBreak) DrawBoxRow("");
+    DrawBoxRow("");
+    std::string buttons;
+    for (int i = 0; i < 3; i++) {
+        if (!spec->shown[i]) continue;
+        buttons += "[" + std::to_string(i + 1) + " " + (spec->buttons[i] ? spec->buttons[i] : "");
+        buttons += (i + 1 == spec->defaultButton) ? "*] " : "] ";
+    }
+    DrawBoxRow(buttons);
+    DrawBoxRule("Return = *, Esc = " + std::to_string(spec->cancelButton));
+}
+
+/* One key from stdin without echo or line buffering; -1 at end of input. */
+int ReadRawKey(void)
+{
+    struct termios saved, raw;
+    bool haveTerm = tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (haveTerm) {
+        raw = saved;
+        raw.c_lflag &= ~(ICANON | ECHO | ISIG);
+        raw.c_iflag &= ~(ICRNL);
+        raw.c_cc[VMIN] = 1;
+        raw.c_cc[VTIME] = 0;
+        tcsetattr(STDIN_FILENO, TCSANOW, &raw);
+    }
+    unsigned char c;
+    ssize_t n = read(STDIN_FILENO, &c, 1);
+    if (haveTerm) tcsetattr(STDIN_FILENO, TCSANOW, &saved);
+    return n == 1 ? c : -1;
+}
+
+int16_t RunTerminalDialog(const DialogSpec *spec)
+{
+    DrawDialogBox(spec);
+    for (;;) {
+        int key = ReadRawKey();
+        int16_t answer = 0;
+        if (key == '\r' || key == '\n') answer = spec->defaultButton;
+        else if (key == 27 || key == 3 || key == 4 || key < 0) answer = spec->cancelButton;
+        else if (key >= '1' && key <= '3' && spec->shown[key - '1']) answer = (int16_t)(key - '0');
+        if (answer) {
+            fprintf(stderr, "-> %d\n", answer);
+            return answer;
+        }
+        fputc('\a', stderr);
+    }
+}
+
+void BeepTerminal(int16_t duration)
+{
+    fputc('\a', stderr);
+    fflush(stderr);
+}
+
+/* Reads a classic path typed on one line, in Mac Roman; "" when cancelled. */
+std::string AskClassicPath(const char *prompt, const char *windowTitle)
+{
+    fprintf(stderr, "%s (%s)\nClassic path, empty to cancel: ", prompt, FlatDialogText(windowTitle).c_str());
+    char line[1024];
+    if (!fgets(line, sizeof line, stdin)) return std::string();
+    line[strcspn(line, "\r\n")] = 0;
+    char mac[1024];
+    int32_t n = PlatformUTF8ToMacRoman(line, -1, mac, sizeof mac, nullptr);
+    return n > 0 ? std::string(mac, n) : std::string();
+}
+
+OSErr TerminalChooseFile(const char *windowTitle, const char *clientName, char *path, int32_t pathSize)
+{
+    return AnswerChosenFile(AskClassicPath("Choose a file", windowTitle).c_str(), path, pathSize);
+}
+
+OSErr TerminalPutFile(const char *windowTitle, const char *clientName, const char *proposedName,
+                      char *folderPath, int32_t folderSize, char *fileName, int32_t nameSize)
+{
+    std::string prompt = "Save as \"" + FlatDialogText(proposedName) + "\"";
+    std::string answer = AskClassicPath(prompt.c_str(), windowTitle);
+    return AnswerPutFile(answer.c_str(), folderPath, folderSize, fileName, nameSize);
+}
+
+} // namespace
+
+const Tpx1DialogMethods gDialogTerminal = {"terminal", RunTerminalDialog, BeepTerminal, TerminalChooseFile,
+                                           TerminalPutFile};
