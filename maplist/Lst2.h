@@ -19,5 +19,8 @@ void TPX1RenameIncomingLSTAtoLST2(long funcId, char **argHandle, char **resultHa
 /* The cleaning on a NUL-terminated text in place; returns 0 or -108, *newLength gets
  * the kept length with the NUL. Exposed for the benchmark and the fuzz target. */
 OSErr CleanLST2Text(char *text, long *newLength);
+/* The same on a text whose lines the caller has already counted (NumLinesInText);
+ * with fewer than two lines nothing changes and *newLength is strlen + 1. */
+OSErr CleanLST2Lines(char *text, long lineCount, long *newLength);
 
 #endif
