@@ -1,0 +1,176 @@
+/*
+ * RepformScan.cpp: the submission identifiers inside Repform files: the eight-byte
+ * identifier test, a fast search for the next identifier in a buffer, and the
+ * chunked walk over a file that collects the identifiers' years or rewrites them in
+ * place. Chunks are at most 300000 bytes; the last 8 bytes of each are carried in
+ * front of the next, so an identifier across a chunk border is still seen.
+ */
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "files/FileSupport.h"
+#include "files/Repform.h"
+#include "text/TextHandles.h"
+
+enum {
+    kRepformChunkSize = 300000,
+    kRepformChunkStep = 20000,
+    kRepformCarry = 8,
+    kRepformShortestFile = 20
+};
+
+/* Letters compare case-insensitively by setting bit 0x20: only 'X' and 'x' map to 'x'. */
+static bool IsRecordPrefix(unsigned char first, unsigned char second)
+{
+    switch (first | 0x20) {
+    case 'c':
+        switch (second | 0x20) {
+        case 'k': case 'l': case 'm': case 't': case 'v':
+            return true;
+        }
+        return false;
+    case 'f':
+        return (second | 0x20) == 'a' || (second | 0x20) == 'd';
+    case 'p':
+        return (second | 0x20) == 'h';
+    }
+    return false;
+}
+
+int RepformYearOfIdentifier(const unsigned char *eight)
+{
+    if (eight[3] != 'R' || eight[4] != '2' || eight[5] != '0' || eight[6] != '0')
+        return 0;
+    if ((eight[2] | 0x20) != 't' || eight[7] < '0' || eight[7] > '9')
+        return 0;
+    if (!IsRecordPrefix(eight[0], eight[1]))
+        return 0;
+    return 2000 + (eight[7] - '0');
+}
+
+/* The identifier's fixed "R20" sits at offsets 3 to 5: the search looks for that
+ * anchor and tests only where it occurs. */
+enum { kAnchorOffset = 3 };
+
+long FindNextRepformIdentifier(const unsigned char *data, long from, long last, int *year)
+{
+    long anchor = from + kAnchorOffset;
+    long lastAnchor = last + kAnchorOffset;
+#if defined(__SSE2__)
+    const __m128i wantR = _mm_set1_epi8('R');
+    const __m128i want2 = _mm_set1_epi8('2');
+    const __m128i want0 = _mm_set1_epi8('0');
+    /* Loads reach anchor + 17, which lies inside the 8 + last bytes of data as long as
+     * anchor + 15 <= lastAnchor. */
+    for (; anchor + 15 <= lastAnchor; anchor += 16) {
+        const unsigned char *p = data + anchor;
+        __m128i hits = _mm_and_si128(
+            _mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)p), wantR),
+            _mm_and_si128(_mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)(p + 1)), want2),
+                          _mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)(p + 2)), want0)));
+        unsigned mask = (unsigned)_mm_movemask_epi8(hits);
+        while (mask) {
+            long offset = anchor + __builtin_ctz(mask) - kAnchorOffset;
+            int found = RepformYearOfIdentifier(data + offset);
+            if (found) {
+                *year = found;
+                return offset;
+            }
+            mask &= mask - 1;
+        }
+    }
+#endif
+    while (anchor <= lastAnchor) {
+        const void *r = memchr(data + anchor, 'R', (size_t)(lastAnchor - anchor + 1));
+        if (!r)
+            break;
+        anchor = (const unsigned char *)r - data;
+        int found = RepformYearOfIdentifier(data + anchor - kAnchorOffset);
+        if (found) {
+            *year = found;
+            return anchor - kAnchorOffset;
+        }
+        anchor++;
+    }
+    return -1;
+}
+
+/* Reads the file chunk by chunk; with newYear 0 it flags the years 2001-2009 it finds,
+ * otherwise it sets every identifier's year digit to newYear's and writes each chunk
+ * back where it came from. */
+static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], const char **errorText)
+{
+    bool rewrite = newYear != 0;
+    long size = 0;
+    unsigned char *buffer = reinterpret_cast<unsigned char *>(
+        NewBufferBackingOff(kRepformChunkSize, kRepformChunkStep, kRepformCarry + 1, &size));
+    if (!buffer) {
+        if (rewrite)
+            return -1;
+        *errorText = "Error: Unable to allocate buffer. (Out of memory)";
+        return memFullErr;
+    }
+    Str255 pascalPath;
+    FInfo info;
+    int16_t refNum = 0;
+    int32_t length = 0;
+    MakePascalPath(path, pascalPath);
+    OSErr err = OpenFileWithInfo(pascalPath, rewrite ? fsRdWrPerm : fsRdPerm, &info, &refNum, &length, errorText);
+    if (err == noErr && length >= kRepformShortestFile) {
+        int32_t count = kRepformCarry;
+        err = FSRead(refNum, &count, buffer);
+        long position = kRepformCarry;
+        long remaining = length - kRepformCarry;
+        unsigned char digit = (unsigned char)('0' + newYear % 10);
+        while (err == noErr && remaining > 0) {
+            long chunk = remaining < size ? remaining : size;
+            if (rewrite)
+                err = SetFPos(refNum, fsFromStart, (int32_t)position);
+            count = (int32_t)chunk;
+            if (err == noErr)
+                err = FSRead(refNum, &count, buffer + kRepformCarry);
+            if (err != noErr)
+                break;
+            buffer[kRepformCarry + chunk] = 0;
+            int year = 0;
+            for (long at = FindNextRepformIdentifier(buffer, 0, chunk, &year); at >= 0;
+                 at = FindNextRepformIdentifier(buffer, at + 1, chunk, &year)) {
+                if (rewrite)
+                    buffer[at + 7] = digit;
+                else if (year >= 2001)
+                    years[year - 2000] = true;
+            }
+            remaining -= chunk;
+            if (rewrite) {
+                err = SetFPos(refNum, fsFromStart, (int32_t)(position - kRepformCarry));
+                count = (int32_t)(remaining > 0 ? chunk : chunk + kRepformCarry);
+                if (err == noErr)
+                    err = FSWrite(refNum, &count, buffer);
+            }
+            memmove(buffer, buffer + chunk, kRepformCarry);
+            position += chunk;
+        }
+    }
+    if (refNum != 0)
+        FSClose(refNum);
+    DisposeFPointer(buffer);
+    return err;
+}
+
+OSErr ScanRepformYears(const char *path, bool years[10], const char **errorText)
+{
+    for (int i = 0; i < 10; i++)
+        years[i] = false;
+    *errorText = nullptr;
+    return WalkRepformFile(path, 0, years, errorText);
+}
+
+OSErr ChangeRepformYears(const char *path, int newYear, const char **errorText)
+{
+    bool unused[10];
+    *errorText = nullptr;
+    return WalkRepformFile(path, newYear, unused, errorText);
+}

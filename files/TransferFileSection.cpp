@@ -1,0 +1,30 @@
+/*
+ * TransferFileSection.cpp: copies a byte range of one open file to the current
+ * position of another through a buffer that starts at 100000 bytes and shrinks in
+ * steps of 5000 while the host has no room for it.
+ */
+#include "files/FileOps.h"
+#include "files/FileSupport.h"
+#include "text/TextHandles.h"
+
+enum { kTransferBufferSize = 100000, kTransferBufferStep = 5000 };
+
+OSErr TransferFileSection(int16_t source, int16_t destination, long start, long end)
+{
+    long bufferSize = 0;
+    char *buffer = NewBufferBackingOff(kTransferBufferSize, kTransferBufferStep, 0, &bufferSize);
+    if (!buffer)
+        return -1;
+    OSErr err = SetFPos(source, fsFromStart, (int32_t)start);
+    long remaining = end - start;
+    while (err == noErr && remaining > 0) {
+        int32_t count = (int32_t)(remaining < bufferSize ? remaining : bufferSize);
+        err = FSRead(source, &count, buffer);
+        if (err != noErr)
+            break;
+        err = FSWrite(destination, &count, buffer);
+        remaining -= count;
+    }
+    DisposeFPointer(buffer);
+    return err;
+}
