@@ -33,6 +33,8 @@ OSErr HandleVESKEvent(const AppleEvent *event, AppleEvent *reply, intptr_t refco
 OSErr ArchiveIncomingMessage(const AEDesc *event);
 OSErr RequiredCheck(const AEDesc *event);
 OSErr MyAEGetStrParam(const AEDesc *event, unsigned long keyword, char *buffer, long maxLength);
+OSErr myAEGetParamPtr(const AEDesc *event, unsigned long keyword, unsigned long desiredType,
+                      unsigned long *actualType, char *buffer, long maxSize, long *actualSize);
 char *AllocateAndGetAEStrParam(const AEDesc *event, unsigned long keyword);
 OSErr HandleMessageItself(OSType messageId, DataNode *message, bool *handled);
 short ActionWordToCode(const char *word);
