@@ -39,5 +39,7 @@ long AttachScriptToDataInList(const char *name, const char *scriptName, DataNode
 long SetEnableOfDataScriptInList(const char *name, unsigned char enabled, DataNode *first);
 long GetDataListInfo(char **optionsHandle, char **resultHandle, DataNode *first);
 DataNode *FindDataNodeInList(const char *name, DataNode *first);
+/* Copies at most 255 characters of src (null reads as empty) into a 256-byte name field. */
+void CopyNodeName(char *field, const char *src);
 
 #endif

@@ -22,6 +22,10 @@ OSErr SetEnableOfGlobalScript(const char *name, unsigned char enabled);
 /* Splits "name|rest" or "name|NODUPES|rest": name gets the first field (256 bytes),
  * *noDupes is set for NODUPES, and the handle is left holding only the rest. */
 OSErr GetAndStripNameAndDupes(char **argument, char *name, bool *noDupes);
+/* Splits "name|value": name (256 bytes) gets the text before the first "|" within the
+ * argument's first 255 characters (all of them when there is none), *valueOffset where the value starts in the handle,
+ * which is made NUL-terminated. -222 when there is no "|". */
+OSErr SplitNameAndValue(char **argument, char *name, long *valueOffset);
 
 void TPX1SetGlobal(long funcId, char **argHandle, char **resultHandle);
 void TPX1AppendToGlobal(long funcId, char **argHandle, char **resultHandle);

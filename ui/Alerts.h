@@ -17,6 +17,8 @@ short LayoutVariableDlg(char kind, const char *text, const char *button1, const 
 short VariableDlg(char kind, const char *text, const char *button1, const char *button2, const char *button3);
 
 void ReportErrorToUser(long functionNumber, short error);
+/* ReportErrorToUser when error is not 0 (narrowed to 16 bits). */
+void ReportErrorIfAny(long functionNumber, long error);
 short ReportErrorMsgToUser(const char *message);
 void ReportErrorAndMsgToUser(long functionNumber, short error, const char *message);
 short DoAlertMessage(const char *line1, const char *line2, const char *line3, const char *line4);

@@ -1,0 +1,100 @@
+/*
+ * SetData.cpp: the one operation that creates or changes a stored value (replace,
+ * append, append without duplicate lines), and its C-string form. A change of a node
+ * with an enabled attached script queues that script.
+ */
+#include "store/DataNode.h"
+
+#include <cstring>
+
+#include "plugin/Plugin.h"
+#include "text/TextHandles.h"
+
+/* A zero-filled node at the tail of the list; null when out of memory. */
+static DataNode *AppendNewNode(const char *name, unsigned char isSystem, DataNode **link)
+{
+    DataNode *node = static_cast<DataNode *>(NewFPointer(sizeof(DataNode)));
+    if (!node)
+        return nullptr;
+    memset(node, 0, sizeof(DataNode));
+    CopyNodeName(node->name, name);
+    node->isSystem = isSystem;
+    *link = node;
+    return node;
+}
+
+/* Writes the text of newData (locked by the caller) into the node's value. */
+static OSErr WriteNodeValue(DataNode *node, char *text, bool append, bool noDupes)
+{
+    if (!append)
+        return SetHandleContentsAndIncludeTerminator(node->data, text);
+    if (noDupes)
+        return MergeHandleContents(node->data, text);
+    return CatHandleContents(node->data, text);
+}
+
+long SetDataInList(const char *name, unsigned char isSystem, char **newData, DataNode **head, bool append, bool noDupes)
+{
+    if (!name || !head || !newData)
+        return -1;
+    OSErr err = EnsureHandleIsNullTerminated(newData);
+    if (err)
+        return err;
+
+    DataNode **link = head;
+    while (*link && strcmp((*link)->name, name) != 0)
+        link = &(*link)->next;
+    DataNode *node = *link;
+    if (!node) {
+        node = AppendNewNode(name, isSystem, link);
+        if (!node)
+            return memFullErr;
+    }
+
+    if (!append && strcmpFHandles(node->data, newData) == 0)
+        return noErr;
+
+    bool madeValue = false;
+    if (!node->data) {
+        char **value = NewFHandle(1);
+        if (!value)
+            return memFullErr;
+        err = SetHandleContentsAndIncludeTerminator(value, "");
+        if (err) {
+            DisposeFHandle(value);
+            return err;
+        }
+        node->data = value;
+        madeValue = true;
+    }
+
+    LockFHandle(newData);
+    err = WriteNodeValue(node, *newData, append, noDupes);
+    UnlockFHandle(newData);
+    if (err) {
+        /* A value made for this write goes again: the node reads empty as before. */
+        if (madeValue) {
+            DisposeFHandle(node->data);
+            node->data = nullptr;
+        }
+        return err;
+    }
+
+    if (node->scriptEnabled == 1 && node->scriptName[0] != 0) {
+        CopyNodeName(gNameOfGlobalThatTriggeredScript, node->name);
+        return AddScriptToDoScriptQueue(node->scriptName);
+    }
+    return noErr;
+}
+
+long SetDataFromStr(const char *name, unsigned char isSystem, const char *text, DataNode **head)
+{
+    char **temp = NewFHandle(1);
+    if (!temp)
+        return memFullErr;
+    long err = SetHandleContentsAndIncludeTerminator(temp, text);
+    if (err == noErr)
+        err = SetDataInList(name, isSystem, temp, head, false, false);
+    DisposeFHandle(temp);
+    return err;
+}
