@@ -1,0 +1,193 @@
+/*
+ * test_base.cpp: fault injection (calls, once, persistent, TPX1_FAULTS at load), the
+ * errno mapping, settings, the Mac Roman conversions and the tick clocks.
+ */
+#include "platform/Faults.h"
+#include "platform/Services.h"
+#include "TempFolder.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <vector>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+extern char **environ;
+
+TEST(PlatformFaults, OnceAndPersistentAndCounters)
+{
+    PlatformFaultClear(nullptr);
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
+    EXPECT_EQ(PlatformFaultCalls("FSRead"), 0);   // not counted without an entry
+
+    PlatformFaultSet("FSRead", 3, ioErr, false);
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
+    EXPECT_EQ(PlatformFaultCheck("FSWrite"), noErr);   // other operations unaffected
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), ioErr);
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);    // once only
+    EXPECT_EQ(PlatformFaultCalls("FSRead"), 4);
+    EXPECT_EQ(PlatformFaultHits("FSRead"), 1);
+
+    PlatformFaultSet("FSRead", 2, dskFulErr, true);    // replaces, counting restarts
+    EXPECT_EQ(PlatformFaultCalls("FSRead"), 0);
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
+    for (int i = 0; i < 3; i++) EXPECT_EQ(PlatformFaultCheck("FSRead"), dskFulErr);
+    EXPECT_EQ(PlatformFaultHits("FSRead"), 3);
+
+    PlatformFaultClear("FSRead");                      // unarmed, still counted
+    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
+    EXPECT_EQ(PlatformFaultCalls("FSRead"), 1);
+    EXPECT_EQ(PlatformFaultHits("FSRead"), 0);
+    PlatformFaultClear(nullptr);
+    EXPECT_EQ(PlatformFaultCalls("FSRead"), 0);
+}
+
+TEST(PlatformFaults, ParseList)
+{
+    PlatformFaultClear(nullptr);
+    const char *bad = nullptr;
+    EXPECT_EQ(PlatformFaultParse("HOpenDF:1:-43,AESend:2:-1712:always", &bad), 0);
+    EXPECT_EQ(bad, nullptr);
+    EXPECT_EQ(PlatformFaultCheck("HOpenDF"), fnfErr);
+    EXPECT_EQ(PlatformFaultCheck("AESend"), noErr);
+    EXPECT_EQ(PlatformFaultCheck("AESend"), errAETimeout);
+    EXPECT_EQ(PlatformFaultCheck("AESend"), errAETimeout);
+
+    const char *spec = "A:1:-36,B:0:-36,C:1,D:x:-1,E:1:-36:sometimes,F:1:-50";
+    EXPECT_EQ(PlatformFaultParse(spec, &bad), -1);
+    EXPECT_EQ(bad, spec + 8);                 // the first bad item
+    EXPECT_EQ(PlatformFaultCheck("A"), ioErr);  // good items around it still apply
+    EXPECT_EQ(PlatformFaultCheck("F"), paramErr);
+    EXPECT_EQ(PlatformFaultCheck("E"), noErr);
+    PlatformFaultClear(nullptr);
+}
+
+// Runs this test binary again with TPX1_FAULTS set; the child side checks what the
+// library read at load, the parent what it reported on stderr.
+TEST(PlatformFaults, EnvironmentAtLoad)
+{
+    if (getenv("TPX1_TEST_FAULTS_CHILD")) {
+        EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
+        EXPECT_EQ(PlatformFaultCheck("FSRead"), ioErr);
+        EXPECT_EQ(PlatformFaultCheck("PBGetCatInfo"), fnfErr);
+        EXPECT_EQ(PlatformFaultCheck("PBGetCatInfo"), fnfErr);
+        return;
+    }
+    TempFolder tmp;
+    std::string errPath = tmp.File("stderr");
+    std::string filter = "--gtest_filter=PlatformFaults.EnvironmentAtLoad";
+    char self[4096];
+    ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+    ASSERT_GT(n, 0);
+    self[n] = 0;
+    std::vector<std::string> env = {"TPX1_TEST_FAULTS_CHILD=1",
+                                    "TPX1_FAULTS=FSRead:2:-36,nonsense,PBGetCatInfo:1:-43:always"};
+    for (char **e = environ; *e; e++)
+        if (strncmp(*e, "TPX1_", 5) != 0) env.push_back(*e);
+    std::vector<char *> envp;
+    for (auto &e : env) envp.push_back(e.data());
+    envp.push_back(nullptr);
+    char *argv[] = {self, filter.data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t pid;
+    ASSERT_EQ(posix_spawn(&pid, self, &actions, nullptr, argv, envp.data()), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    ASSERT_EQ(waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    std::string err = tmp.Read("stderr");
+    size_t at = err.find("\"nonsense\"");
+    EXPECT_NE(at, std::string::npos) << err;
+    EXPECT_EQ(err.find("\"nonsense\"", at + 1), std::string::npos);   // reported once
+}
+
+TEST(PlatformErrors, ErrnoMapping)
+{
+    EXPECT_EQ(PlatformErrnoToOSErr(0), noErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(ENOENT), fnfErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(ENOTDIR), dirNFErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EACCES), permErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EPERM), permErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EROFS), wPrErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(ETXTBSY), fBsyErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EDQUOT), dskFulErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(ENOMEM), memFullErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(ENAMETOOLONG), bdNamErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EEXIST), dupFNErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EMFILE), tmfoErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EISDIR), paramErr);
+    EXPECT_EQ(PlatformErrnoToOSErr(EXDEV), ioErr);
+}
+
+TEST(PlatformSettings, WithAndWithoutPrefix)
+{
+    setenv("TPX1_TEST_SETTING", "value", 1);
+    EXPECT_STREQ(PlatformSetting("TPX1_TEST_SETTING"), "value");
+    EXPECT_STREQ(PlatformSetting("TEST_SETTING"), "value");
+    unsetenv("TPX1_TEST_SETTING");
+    EXPECT_EQ(PlatformSetting("TEST_SETTING"), nullptr);
+    EXPECT_EQ(PlatformSetting(nullptr), nullptr);
+}
+
+TEST(PlatformMacRoman, AllBytesRoundTrip)
+{
+    char mac[256], utf8[1024], back[257];
+    for (int i = 0; i < 256; i++) mac[i] = (char)i;
+    int32_t n = PlatformMacRomanToUTF8(mac, 256, utf8, sizeof utf8);
+    ASSERT_GT(n, 256);
+    EXPECT_EQ(utf8[n], 0);
+    int32_t bad = 0;
+    ASSERT_EQ(PlatformUTF8ToMacRoman(utf8, n, back, sizeof back, &bad), 256);
+    EXPECT_EQ(bad, -1);
+    EXPECT_EQ(memcmp(mac, back, 256), 0);
+
+    char e[8];   // e acute is 0x8E in Mac Roman
+    EXPECT_EQ(PlatformMacRomanToUTF8("\x8E", -1, e, sizeof e), 2);
+    EXPECT_STREQ(e, "\xC3\xA9");
+    EXPECT_EQ(PlatformMacRomanToUTF8("\x8E", -1, e, 2), -1);   // no room for the NUL
+}
+
+TEST(PlatformMacRoman, UnmappableBecomesQuestionMark)
+{
+    char out[32];
+    int32_t bad = 0;
+    // "ab", a CJK character (3 bytes), "c", a stray 0xFF byte, an e acute, a cut-off sequence
+    const char *src = "ab\xE6\x97\xA5" "c\xFF\xC3\xA9\xE6\x97";
+    EXPECT_EQ(PlatformUTF8ToMacRoman(src, -1, out, sizeof out, &bad), 7);
+    EXPECT_STREQ(out, "ab?c?\x8E?");
+    EXPECT_EQ(bad, 2);
+    EXPECT_EQ(PlatformUTF8ToMacRoman("plain", -1, out, sizeof out, &bad), 5);
+    EXPECT_EQ(bad, -1);
+    EXPECT_EQ(PlatformUTF8ToMacRoman("plain", -1, out, 5, &bad), -1);
+    EXPECT_EQ(PlatformUTF8ToMacRoman("", 0, out, 1, nullptr), 0);
+}
+
+TEST(PlatformClock, ManualClockWrapsAndAdvances)
+{
+    PlatformClockUseManual(0xFFFFFFF0u, 10);
+    EXPECT_EQ(TickCount(), 0xFFFFFFF0u);
+    EXPECT_EQ(TickCount(), 0xFFFFFFFAu);
+    EXPECT_EQ(TickCount(), 4u);                 // wrapped
+    PlatformClockUseManual(100, 0);
+    EXPECT_EQ(TickCount(), 100u);
+    EXPECT_EQ(TickCount(), 100u);
+    PlatformClockAdvance(600);
+    EXPECT_EQ(TickCount(), 700u);
+    EXPECT_EQ((uint32_t)(TickCount() - 0xFFFFFF00u), 700u + 0x100u);   // wrap-safe difference
+
+    static const Tpx1ClockMethods fixed = {[]() -> uint32_t { return 42; }};
+    const Tpx1ClockMethods *previous = PlatformInstallClock(&fixed);
+    EXPECT_EQ(TickCount(), 42u);
+    EXPECT_EQ(PlatformInstallClock(previous), &fixed);
+    EXPECT_EQ(TickCount(), 700u);
+
+    PlatformClockUseReal();
+    uint32_t a = TickCount(), b = TickCount();
+    EXPECT_LT(b - a, 0x80000000u);   // the real clock does not run backwards
+}
