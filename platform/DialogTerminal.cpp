@@ -35,8 +35,7 @@ void DrawBoxRule(const std::string &title)
 
 void DrawDialogBox(const DialogSpec *spec)
 {
-    std::string title = DialogIconWord(spec->icon);
-    if (spec->caption && *spec->caption) title += (title.empty() ? "" : ": ") + std::string(spec->caption);
+    std::string title = (spec->caption && *spec->caption) ? spec->caption : DialogIconWord(spec->icon);
     DrawBoxRule(title);
     const char *text = spec->text ? spec->text : "";
     int32_t len = (int32_t)strlen(text), pos = 0, end;
