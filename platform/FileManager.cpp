@@ -1,0 +1,191 @@
+/*
+ * FileManager.cpp: the exported File Manager and Folder Manager calls. Each call checks
+ * its fault point first (an injected error is returned as it is) and then goes through
+ * the installed file service table; the FSSpec calls pass the spec's fields on.
+ */
+#include "platform/FileService.h"
+#include "platform/Faults.h"
+
+#include <atomic>
+
+namespace {
+
+std::atomic<const Tpx1FileMethods *> gFileMethods{nullptr};
+
+const Tpx1FileMethods *Files()
+{
+    const Tpx1FileMethods *m = gFileMethods.load(std::memory_order_acquire);
+    return m ? m : PlatformLinuxFileMethods();
+}
+
+} // namespace
+
+extern "C" {
+
+const Tpx1FileMethods *PlatformInstallFileMethods(const Tpx1FileMethods *methods)
+{
+    const Tpx1FileMethods *previous = gFileMethods.exchange(methods, std::memory_order_acq_rel);
+    return previous ? previous : PlatformLinuxFileMethods();
+}
+
+void PlatformFilesReset(void)
+{
+    Files()->xReset();
+}
+
+OSErr FSMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec)
+{
+    if (OSErr err = PlatformFaultCheck("FSMakeFSSpec")) return err;
+    return Files()->xMakeFSSpec(vRefNum, dirID, fileName, spec);
+}
+
+OSErr HGetFInfo(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FInfo *info)
+{
+    if (OSErr err = PlatformFaultCheck("HGetFInfo")) return err;
+    return Files()->xGetFInfo(vRefNum, dirID, fileName, info);
+}
+
+OSErr HSetFInfo(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, const FInfo *info)
+{
+    if (OSErr err = PlatformFaultCheck("HSetFInfo")) return err;
+    return Files()->xSetFInfo(vRefNum, dirID, fileName, info);
+}
+
+OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info)
+{
+    if (OSErr err = PlatformFaultCheck("FSpGetFInfo")) return err;
+    if (!spec) return paramErr;
+    return Files()->xGetFInfo(spec->vRefNum, spec->parID, spec->name, info);
+}
+
+OSErr HOpenDF(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int8_t permission, int16_t *refNum)
+{
+    if (OSErr err = PlatformFaultCheck("HOpenDF")) return err;
+    return Files()->xOpenDF(vRefNum, dirID, fileName, permission, refNum);
+}
+
+OSErr FSpOpenDF(const FSSpec *spec, int8_t permission, int16_t *refNum)
+{
+    if (OSErr err = PlatformFaultCheck("FSpOpenDF")) return err;
+    if (!spec) return paramErr;
+    return Files()->xOpenDF(spec->vRefNum, spec->parID, spec->name, permission, refNum);
+}
+
+OSErr GetEOF(int16_t refNum, int32_t *logEOF)
+{
+    if (OSErr err = PlatformFaultCheck("GetEOF")) return err;
+    return Files()->xGetEOF(refNum, logEOF);
+}
+
+OSErr SetEOF(int16_t refNum, int32_t logEOF)
+{
+    if (OSErr err = PlatformFaultCheck("SetEOF")) return err;
+    return Files()->xSetEOF(refNum, logEOF);
+}
+
+OSErr GetFPos(int16_t refNum, int32_t *filePos)
+{
+    if (OSErr err = PlatformFaultCheck("GetFPos")) return err;
+    return Files()->xGetFPos(refNum, filePos);
+}
+
+OSErr SetFPos(int16_t refNum, int16_t posMode, int32_t posOff)
+{
+    if (OSErr err = PlatformFaultCheck("SetFPos")) return err;
+    return Files()->xSetFPos(refNum, posMode, posOff);
+}
+
+OSErr FSRead(int16_t refNum, int32_t *count, void *buffPtr)
+{
+    if (OSErr err = PlatformFaultCheck("FSRead")) {
+        if (count) *count = 0;
+        return err;
+    }
+    return Files()->xRead(refNum, count, buffPtr);
+}
+
+OSErr FSWrite(int16_t refNum, int32_t *count, const void *buffPtr)
+{
+    if (OSErr err = PlatformFaultCheck("FSWrite")) {
+        if (count) *count = 0;
+        return err;
+    }
+    return Files()->xWrite(refNum, count, buffPtr);
+}
+
+OSErr FSClose(int16_t refNum)
+{
+    if (OSErr err = PlatformFaultCheck("FSClose")) return err;
+    return Files()->xClose(refNum);
+}
+
+OSErr HCreate(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, OSType creator, OSType fileType)
+{
+    if (OSErr err = PlatformFaultCheck("HCreate")) return err;
+    return Files()->xCreate(vRefNum, dirID, fileName, creator, fileType);
+}
+
+OSErr FSpCreate(const FSSpec *spec, OSType creator, OSType fileType, int16_t scriptTag)
+{
+    if (OSErr err = PlatformFaultCheck("FSpCreate")) return err;
+    if (!spec) return paramErr;
+    return Files()->xCreate(spec->vRefNum, spec->parID, spec->name, creator, fileType);
+}
+
+OSErr HDelete(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName)
+{
+    if (OSErr err = PlatformFaultCheck("HDelete")) return err;
+    return Files()->xDelete(vRefNum, dirID, fileName);
+}
+
+OSErr FSpDelete(const FSSpec *spec)
+{
+    if (OSErr err = PlatformFaultCheck("FSpDelete")) return err;
+    if (!spec) return paramErr;
+    return Files()->xDelete(spec->vRefNum, spec->parID, spec->name);
+}
+
+OSErr HSetFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName)
+{
+    if (OSErr err = PlatformFaultCheck("HSetFLock")) return err;
+    return Files()->xSetFLock(vRefNum, dirID, fileName);
+}
+
+OSErr HRstFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName)
+{
+    if (OSErr err = PlatformFaultCheck("HRstFLock")) return err;
+    return Files()->xRstFLock(vRefNum, dirID, fileName);
+}
+
+OSErr PBGetCatInfoSync(CInfoPBRec *pb)
+{
+    if (OSErr err = PlatformFaultCheck("PBGetCatInfoSync")) return err;
+    return Files()->xGetCatInfo(pb);
+}
+
+OSErr FindFolder(int16_t vRefNum, OSType folderType, Boolean createFolder, int16_t *foundVRefNum,
+                 int32_t *foundDirID)
+{
+    if (OSErr err = PlatformFaultCheck("FindFolder")) return err;
+    return Files()->xFindFolder(vRefNum, folderType, createFolder, foundVRefNum, foundDirID);
+}
+
+OSErr FSpGetPOSIXPath(const FSSpec *spec, char *out, int32_t outSize)
+{
+    if (OSErr err = PlatformFaultCheck("FSpGetPOSIXPath")) return err;
+    return Files()->xSpecToPOSIX(spec, out, outSize);
+}
+
+OSErr PlatformClassicPathToPOSIX(const char *classicPath, char *out, int32_t outSize)
+{
+    if (OSErr err = PlatformFaultCheck("PlatformClassicPathToPOSIX")) return err;
+    return Files()->xClassicToPOSIX(classicPath, out, outSize);
+}
+
+OSErr PlatformPOSIXPathToClassic(const char *posixPath, char *out, int32_t outSize)
+{
+    if (OSErr err = PlatformFaultCheck("PlatformPOSIXPathToClassic")) return err;
+    return Files()->xPOSIXToClassic(posixPath, out, outSize);
+}
+
+} // extern "C"
