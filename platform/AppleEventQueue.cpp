@@ -1,0 +1,169 @@
+/*
+ * AppleEventQueue.cpp: routing of sent events and the in-process queue. An event
+ * addressed to this process's own signature (or serial number) is copied into the queue;
+ * any other goes to the bus. Events received from the bus wait in the same queue.
+ * AEProcessEvents hands queued events to their handlers on the caller's thread, never
+ * inside AESend, and answers the bus sender with the handler's result.
+ */
+#include "platform/AppleEventRecords.h"
+#include "platform/BusTransport.h"
+
+#include <cstring>
+#include <deque>
+
+namespace {
+
+#define kAEAnswer FOUR_CHAR('a', 'n', 's', 'r')
+#define keyErrorNumber FOUR_CHAR('e', 'r', 'r', 'n')
+
+struct QueuedEvent {
+    AEDescRecord *event;
+    AEReplyProc reply;
+    void *token;
+};
+
+std::deque<QueuedEvent> gQueue;
+
+/* The signature an event goes to, from its 'sign' or 'psn ' address; 0 when it has none. */
+OSErr ResolveTarget(const AEDescRecord *record, OSType *signature, bool *toSelf)
+{
+    *toSelf = false;
+    *signature = 0;
+    if (record->targetType == typeApplSignature) {
+        *signature = AETargetSignature(record);
+        *toSelf = *signature != 0 && *signature == PlatformProcessSignature();
+        return noErr;
+    }
+    if (record->targetType == typeProcessSerialNumber && record->target.size() == sizeof(ProcessSerialNumber)) {
+        ProcessSerialNumber psn;
+        memcpy(&psn, record->target.data(), sizeof psn);
+        if (ProcessIsCurrent(&psn)) {
+            *toSelf = true;
+            return noErr;
+        }
+        BusProcess process;
+        OSErr err = BusCurrent()->xProcessInfo(&psn, &process);
+        if (err) return err;
+        *signature = process.signature;
+        return noErr;
+    }
+    return procNotFound;
+}
+
+void MakeAnswer(AppleEvent *reply, OSErr handlerResult)
+{
+    if (!reply || !handlerResult) return;
+    if (DescCreateAppleEvent(kCoreEventClass, kAEAnswer, nullptr, 0, 0, reply)) return;
+    int32_t value = handlerResult;
+    DescPutParamPtr(reply, keyErrorNumber, typeSInt32, &value, sizeof value);
+}
+
+} // namespace
+
+void AEQueueIncoming(AEDescRecord *event, AEReplyProc reply, void *token)
+{
+    gQueue.push_back(QueuedEvent{event, reply, token});
+}
+
+int32_t AEQueueLength(void)
+{
+    return (int32_t)gQueue.size();
+}
+
+void AEQueueClear(void)
+{
+    while (!gQueue.empty()) {
+        QueuedEvent item = gQueue.front();
+        gQueue.pop_front();
+        if (item.reply) item.reply(item.token, errAEEventNotHandled);
+        AEFreeRecord(item.event);
+    }
+}
+
+OSErr QueueSend(const AppleEvent *event, AppleEvent *reply, int32_t sendMode, int16_t sendPriority,
+                int32_t timeOutInTicks)
+{
+    if (reply) DescInitialize(reply);
+    if (!event || event->descriptorType != typeAppleEvent || !AERecordOf(event)) return errAENotAEDesc;
+    int32_t replyMode = sendMode & 3;
+    if (replyMode == 0) return errAEUnknownSendMode;
+    const AEDescRecord *record = AERecordOf(event);
+    OSType signature;
+    bool toSelf;
+    OSErr err = ResolveTarget(record, &signature, &toSelf);
+    if (err) return err;
+    if (toSelf) {
+        AEDescRecord *copy = AECopyRecord(record);
+        if (!copy) return memFullErr;
+        copy->sender = PlatformProcessSignature();
+        AEQueueIncoming(copy, nullptr, nullptr);
+        return noErr;
+    }
+    if (!signature) return procNotFound;
+    const Tpx1BusMethods *bus = BusCurrent();
+    err = bus->xEnsureOpen(false);
+    if (err) return err;
+    OSErr handlerResult = noErr;
+    err = bus->xSend(record, signature, sendMode, timeOutInTicks, &handlerResult);
+    if (err) return err;
+    if (replyMode == kAEWaitReply) MakeAnswer(reply, handlerResult);
+    return noErr;
+}
+
+OSErr QueueInstallHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler,
+                          intptr_t refcon, Boolean isSysHandler)
+{
+    OSErr err = AEHandlerInstall(eventClass, eventID, handler, refcon);
+    if (err) return err;
+    /* A handler is a reason to listen: open the bus, or open it again if it was lost.
+     * Without a bus the handler still serves events sent in-process. */
+    BusCurrent()->xEnsureOpen(true);
+    return noErr;
+}
+
+OSErr QueueRemoveHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler,
+                         Boolean isSysHandler)
+{
+    return AEHandlerRemove(eventClass, eventID, handler);
+}
+
+int QueueGetEventFD(void)
+{
+    return BusCurrent()->xGetFD();
+}
+
+int32_t QueueProcessEvents(void)
+{
+    BusCurrent()->xPump();
+    int32_t dispatched = 0;
+    /* Only the events waiting now: a handler that sends to itself is served next time. */
+    size_t waiting = gQueue.size();
+    while (waiting-- > 0 && !gQueue.empty()) {
+        QueuedEvent item = gQueue.front();
+        gQueue.pop_front();
+        AppleEvent event;
+        AEAttachRecord(&event, typeAppleEvent, item.event);
+        AEEventHandlerUPP handler;
+        intptr_t refcon;
+        OSErr result = errAEEventNotHandled;
+        if (AEHandlerFind(item.event->eventClass, item.event->eventID, &handler, &refcon)) {
+            AppleEvent reply;
+            DescInitialize(&reply);
+            result = handler(&event, &reply, refcon);
+            DescDispose(&reply);
+            dispatched++;
+        }
+        if (item.reply) item.reply(item.token, result);
+        DescDispose(&event);
+    }
+    return dispatched;
+}
+
+extern "C" int32_t PlatformEventWait(int32_t timeoutMs)
+{
+    if (gQueue.empty()) {
+        BusCurrent()->xPump();
+        if (gQueue.empty()) BusCurrent()->xWait(timeoutMs);
+    }
+    return QueueProcessEvents();
+}

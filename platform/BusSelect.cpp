@@ -1,0 +1,57 @@
+/*
+ * BusSelect.cpp: which transport reaches the other applications: the D-Bus session bus
+ * (the default) or the in-memory test bus. Switching closes the transport left behind
+ * and drops the events still queued from it.
+ */
+#include "platform/BusTransport.h"
+#include "platform/TestBus.h"
+
+namespace {
+
+const Tpx1BusMethods *gBus = nullptr;
+
+} // namespace
+
+const Tpx1BusMethods *BusCurrent(void)
+{
+    if (!gBus) gBus = BusDBusMethods();
+    return gBus;
+}
+
+bool BusFindSignature(OSType signature, ProcessSerialNumber *psn)
+{
+    if (!signature) return false;
+    const Tpx1BusMethods *bus = BusCurrent();
+    ProcessSerialNumber cursor{0, kNoProcess};
+    while (bus->xNextProcess(&cursor) == noErr) {
+        BusProcess process;
+        if (bus->xProcessInfo(&cursor, &process) == noErr && process.signature == signature) {
+            if (psn) *psn = cursor;
+            return true;
+        }
+    }
+    return false;
+}
+
+static void SwitchBus(const Tpx1BusMethods *next)
+{
+    const Tpx1BusMethods *previous = BusCurrent();
+    if (previous != next) previous->xClose();
+    AEQueueClear();
+    gBus = next;
+}
+
+extern "C" {
+
+void PlatformBusUseMemory(void)
+{
+    SwitchBus(BusMemoryMethods());
+    BusMemoryReset();
+}
+
+void PlatformBusUseDBus(void)
+{
+    SwitchBus(BusDBusMethods());
+}
+
+} // extern "C"

@@ -1,0 +1,146 @@
+/*
+ * ProcessToolbox.cpp: the exported Process Manager calls (fault point, then the
+ * installed process table) and the default table: the process list, information,
+ * activation and launching come from the selected bus; this process answers for itself.
+ */
+#include "platform/AppleEventRecords.h"
+#include "platform/BusTransport.h"
+#include "platform/EventService.h"
+#include "platform/Faults.h"
+
+#include <cstring>
+
+namespace {
+
+#define kApplicationType FOUR_CHAR('A', 'P', 'P', 'L')
+
+OSErr DefaultGetCurrentProcess(ProcessSerialNumber *psn)
+{
+    if (!psn) return paramErr;
+    *psn = ProcessCurrentPSN();
+    return noErr;
+}
+
+OSErr DefaultGetNextProcess(ProcessSerialNumber *psn)
+{
+    if (!psn) return paramErr;
+    return BusCurrent()->xNextProcess(psn);
+}
+
+OSErr DefaultGetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info)
+{
+    if (!psn || !info) return paramErr;
+    BusProcess process;
+    if (ProcessIsCurrent(psn)) {
+        process = BusSelfProcess();
+    } else {
+        OSErr err = BusCurrent()->xProcessInfo(psn, &process);
+        if (err) return err;
+    }
+    info->processNumber = process.psn;
+    info->processType = kApplicationType;
+    info->processSignature = process.signature;
+    info->processMode = 0;
+    info->processPID = process.pid;
+    ProcessFillNameAndSpec(info, process.name, process.executable);
+    return noErr;
+}
+
+OSErr DefaultSetFrontProcess(const ProcessSerialNumber *psn)
+{
+    if (!psn) return paramErr;
+    return BusCurrent()->xActivate(psn);
+}
+
+OSErr DefaultSameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b, Boolean *result)
+{
+    if (!a || !b || !result) return paramErr;
+    ProcessSerialNumber first = ProcessIsCurrent(a) ? ProcessCurrentPSN() : *a;
+    ProcessSerialNumber second = ProcessIsCurrent(b) ? ProcessCurrentPSN() : *b;
+    *result = first.highLongOfPSN == second.highLongOfPSN && first.lowLongOfPSN == second.lowLongOfPSN;
+    return noErr;
+}
+
+OSErr DefaultLaunchApplication(LaunchParamBlockRec *block)
+{
+    if (!block || !block->launchAppSpec) return paramErr;
+    char path[4096];
+    OSErr err = FSpGetPOSIXPath(block->launchAppSpec, path, sizeof path);
+    if (err) return err;
+    std::string document;
+    OSType expected = 0;
+    if (block->launchAppParameters) {
+        AEDesc parameters{typeAppParameters, block->launchAppParameters};
+        const AEDescRecord *record = AERecordOf(&parameters);
+        if (!record) return paramErr;
+        document = AEDocumentPOSIXPath(record);
+        expected = AETargetSignature(record);
+    }
+    ProcessSerialNumber psn{0, 0};
+    err = BusCurrent()->xLaunch(path, document, expected, &psn);
+    if (err) return err;
+    block->launchProcessSN = psn;
+    return noErr;
+}
+
+const Tpx1ProcessMethods kDefaultProcesses = {
+    DefaultGetCurrentProcess, DefaultGetNextProcess, DefaultGetProcessInformation,
+    DefaultSetFrontProcess,   DefaultSameProcess,    DefaultLaunchApplication,
+};
+
+const Tpx1ProcessMethods *gProcesses = &kDefaultProcesses;
+
+} // namespace
+
+extern "C" {
+
+const Tpx1ProcessMethods *PlatformInstallProcesses(const Tpx1ProcessMethods *methods)
+{
+    const Tpx1ProcessMethods *previous = gProcesses;
+    gProcesses = methods ? methods : &kDefaultProcesses;
+    return previous;
+}
+
+OSErr GetCurrentProcess(ProcessSerialNumber *psn)
+{
+    OSErr err = PlatformFaultCheck("GetCurrentProcess");
+    if (err) return err;
+    return gProcesses->xGetCurrentProcess(psn);
+}
+
+OSErr GetNextProcess(ProcessSerialNumber *psn)
+{
+    OSErr err = PlatformFaultCheck("GetNextProcess");
+    if (err) return err;
+    return gProcesses->xGetNextProcess(psn);
+}
+
+OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info)
+{
+    OSErr err = PlatformFaultCheck("GetProcessInformation");
+    if (err) return err;
+    return gProcesses->xGetProcessInformation(psn, info);
+}
+
+OSErr SetFrontProcess(const ProcessSerialNumber *psn)
+{
+    OSErr err = PlatformFaultCheck("SetFrontProcess");
+    if (err) return err;
+    return gProcesses->xSetFrontProcess(psn);
+}
+
+OSErr SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b, Boolean *result)
+{
+    OSErr err = PlatformFaultCheck("SameProcess");
+    if (err) return err;
+    return gProcesses->xSameProcess(a, b, result);
+}
+
+OSErr LaunchApplication(LaunchParamBlockRec *block)
+{
+    OSErr err = PlatformFaultCheck("LaunchApplication");
+    if (err) return err;
+    return gProcesses->xLaunchApplication(block);
+}
+
+} // extern "C"

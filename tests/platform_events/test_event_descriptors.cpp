@@ -1,0 +1,298 @@
+/*
+ * test_event_descriptors.cpp: descriptors, parameters, attributes and coercion of the
+ * event service, and dispatch of events sent to this process through the in-process
+ * queue (AEProcessEvents, never inside AESend).
+ */
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platform/AppleEvents.h"
+#include "platform/EventService.h"
+#include "platform/Faults.h"
+#include "platform/Processes.h"
+#include "platform/TestBus.h"
+
+namespace {
+
+const OSType kSelf = FOUR_CHAR('F', 'M', 'P', '7');
+const OSType kKeyMSSG = FOUR_CHAR('M', 'S', 'S', 'G');
+const OSType kKeySIGN = FOUR_CHAR('S', 'I', 'G', 'N');
+const OSType kKeyNUM = FOUR_CHAR('N', 'U', 'M', ' ');
+
+OSErr MakeEvent(OSType signature, AEEventClass cls, AEEventID id, AppleEvent *event)
+{
+    AEAddressDesc target;
+    OSErr err = AECreateDesc(typeApplSignature, &signature, sizeof signature, &target);
+    if (err) return err;
+    err = AECreateAppleEvent(cls, id, &target, kAutoGenerateReturnID, kAnyTransactionID, event);
+    AEDisposeDesc(&target);
+    return err;
+}
+
+OSErr PutText(AppleEvent *event, OSType keyword, const std::string &text)
+{
+    return AEPutParamPtr(event, keyword, typeChar, text.data(), (int32_t)text.size());
+}
+
+std::string GetText(const AppleEvent *event, OSType keyword, OSErr *err)
+{
+    char buffer[256];
+    DescType type = 0;
+    int32_t size = 0;
+    *err = AEGetParamPtr(event, keyword, typeChar, &type, buffer, sizeof buffer, &size);
+    if (*err) return "";
+    return std::string(buffer, size);
+}
+
+struct Received {
+    AEEventClass cls = 0;
+    OSType sender = 0;
+    std::vector<std::string> texts;
+};
+std::vector<Received> gReceived;
+bool gInsideSend = false;
+
+OSErr RecordingHandler(const AppleEvent *event, AppleEvent *reply, intptr_t refcon)
+{
+    EXPECT_FALSE(gInsideSend);
+    Received r;
+    DescType type;
+    int32_t size;
+    AEGetAttributePtr(event, keyEventClassAttr, typeWildCard, &type, &r.cls, sizeof r.cls, &size);
+    AEGetAttributePtr(event, keyOriginalAddressAttr, typeApplSignature, &type, &r.sender, sizeof r.sender, &size);
+    int32_t count = 0;
+    AECountItems(event, &count);
+    for (int32_t i = 1; i <= count; i++) {
+        char buffer[64];
+        AEKeyword keyword;
+        PlatformEventGetNthParam(event, i, &keyword, &type, buffer, sizeof buffer, &size);
+        r.texts.push_back(std::string(buffer, size));
+    }
+    gReceived.push_back(r);
+    return (OSErr)refcon;
+}
+
+class EventDescriptors : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        PlatformBusUseMemory();
+        PlatformSetProcessSignature(kSelf);
+        gReceived.clear();
+    }
+    void TearDown() override
+    {
+        AERemoveEventHandler(FOUR_CHAR('V', 'E', 'S', 'K'), FOUR_CHAR('A', 'E', 'V', 'T'), nullptr, false);
+        AERemoveEventHandler(kAEMiscStandards, kAEDoScript, nullptr, false);
+        PlatformFaultClear(nullptr);
+        PlatformSetProcessSignature(0);
+    }
+};
+
+TEST_F(EventDescriptors, PlainDescriptorsCopyTheirDataAndDisposeToNull)
+{
+    char data[8] = "abcdefg";
+    AEDesc desc;
+    ASSERT_EQ(noErr, AECreateDesc(typeChar, data, 7, &desc));
+    data[0] = 'X';   /* the descriptor holds its own copy */
+    AEDesc text;
+    ASSERT_EQ(noErr, AECoerceDesc(&desc, typeChar, &text));
+    EXPECT_EQ(typeChar, text.descriptorType);
+    EXPECT_EQ(noErr, AEDisposeDesc(&text));
+    EXPECT_EQ(typeNull, text.descriptorType);
+    EXPECT_EQ(nullptr, text.dataHandle);
+
+    /* A number coerces to text and back; a word that is no number does not. */
+    int32_t value = -42;
+    AEDesc number, asText, back;
+    ASSERT_EQ(noErr, AECreateDesc(typeSInt32, &value, 4, &number));
+    ASSERT_EQ(noErr, AECoerceDesc(&number, typeChar, &asText));
+    ASSERT_EQ(noErr, AECoerceDesc(&asText, typeSInt32, &back));
+    EXPECT_EQ(errAECoercionFail, AECoerceDesc(&desc, typeSInt32, &text));
+    EXPECT_EQ(typeNull, text.descriptorType);
+    AEDisposeDesc(&number);
+    AEDisposeDesc(&asText);
+    AEDisposeDesc(&back);
+    AEDisposeDesc(&desc);
+
+    /* A desc that was never made is refused, not followed. */
+    AEDesc bogus{typeChar, data};
+    int32_t count;
+    EXPECT_EQ(errAENotAEDesc, AECountItems(&bogus, &count));
+    AEDesc empty;
+    AEInitializeDesc(&empty);
+    EXPECT_EQ(typeNull, empty.descriptorType);
+    EXPECT_EQ(noErr, AEDisposeDesc(&empty));
+}
+
+TEST_F(EventDescriptors, ParametersKeepOrderReplaceAndReportFullSize)
+{
+    AppleEvent event;
+    ASSERT_EQ(noErr, MakeEvent(FOUR_CHAR('T', 'P', 'X', '1'), FOUR_CHAR('V', 'E', 'S', 'K'),
+                               FOUR_CHAR('A', 'E', 'V', 'T'), &event));
+    ASSERT_EQ(noErr, PutText(&event, kKeyMSSG, "HOLA"));
+    ASSERT_EQ(noErr, PutText(&event, kKeySIGN, "FMP7"));
+    ASSERT_EQ(noErr, PutText(&event, kKeyNUM, ""));
+    ASSERT_EQ(noErr, PutText(&event, kKeyMSSG, "SHOW!"));   /* replaces in place */
+
+    int32_t count = 0;
+    ASSERT_EQ(noErr, AECountItems(&event, &count));
+    EXPECT_EQ(3, count);
+    AEKeyword keyword;
+    DescType type;
+    int32_t size;
+    char buffer[16];
+    ASSERT_EQ(noErr, PlatformEventGetNthParam(&event, 1, &keyword, &type, buffer, sizeof buffer, &size));
+    EXPECT_EQ(kKeyMSSG, keyword);
+    EXPECT_EQ(std::string("SHOW!"), std::string(buffer, size));
+    EXPECT_EQ(errAEDescNotFound, PlatformEventGetNthParam(&event, 4, &keyword, &type, buffer, 16, &size));
+
+    /* A smaller buffer gets the start; actualSize is still the whole size. */
+    memset(buffer, 0, sizeof buffer);
+    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeyMSSG, typeChar, &type, buffer, 2, &size));
+    EXPECT_EQ(5, size);
+    EXPECT_EQ(std::string("SH"), std::string(buffer));
+    ASSERT_EQ(noErr, AESizeOfParam(&event, kKeyNUM, &type, &size));
+    EXPECT_EQ(typeChar, type);
+    EXPECT_EQ(0, size);
+    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeySIGN, typeWildCard, &type, nullptr, 0, &size));
+    EXPECT_EQ(4, size);
+
+    OSErr err;
+    GetText(&event, FOUR_CHAR('L', 'S', 'T', '2'), &err);
+    EXPECT_EQ(errAEDescNotFound, err);
+    EXPECT_EQ(errAEDescNotFound, AESizeOfParam(&event, FOUR_CHAR('L', 'S', 'T', '2'), &type, &size));
+
+    /* Text becomes a number or a four-character code only when asked. */
+    PutText(&event, kKeyNUM, " 12");
+    int32_t number = 0;
+    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeyNUM, typeSInt32, &type, &number, 4, &size));
+    EXPECT_EQ(12, number);
+    EXPECT_EQ(typeSInt32, type);
+    OSType code = 0;
+    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeySIGN, typeApplSignature, &type, &code, 4, &size));
+    EXPECT_EQ(kSelf, code);
+    EXPECT_EQ(errAECoercionFail, AEGetParamPtr(&event, kKeyMSSG, typeSInt32, &type, &number, 4, &size));
+
+    /* Putting into something that is not an event fails. */
+    AEDesc plain;
+    AECreateDesc(typeChar, "x", 1, &plain);
+    EXPECT_NE(noErr, PutText(&plain, kKeyMSSG, "HOLA"));
+    AEDisposeDesc(&plain);
+    AEDisposeDesc(&event);
+}
+
+TEST_F(EventDescriptors, AttributesAnswerClassIdAndSenderButNeverMissedKeywords)
+{
+    AppleEvent event;
+    ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
+    DescType type;
+    int32_t size;
+    OSType value = 0;
+    ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyEventClassAttr, typeWildCard, &type, &value, 4, &size));
+    EXPECT_EQ(kAEMiscStandards, value);
+    ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyEventIDAttr, typeWildCard, &type, &value, 4, &size));
+    EXPECT_EQ(kAEDoScript, value);
+    char text[8] = {0};
+    ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyEventIDAttr, typeChar, &type, text, 8, &size));
+    EXPECT_EQ(std::string("dosc"), std::string(text, size));
+    ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyAddressAttr, typeWildCard, &type, &value, 4, &size));
+    EXPECT_EQ(typeApplSignature, type);
+    EXPECT_EQ(kSelf, value);
+    EXPECT_EQ(errAEDescNotFound,
+              AEGetAttributePtr(&event, keyMissedKeywordAttr, typeWildCard, &type, text, 8, &size));
+    AEDisposeDesc(&event);
+}
+
+TEST_F(EventDescriptors, EventsToSelfWaitInTheQueueUntilProcessed)
+{
+    ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, RecordingHandler, 0, false));
+    AppleEvent event, reply;
+    ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
+    PutText(&event, keyDirectObject, "Handle Message");
+    gInsideSend = true;
+    ASSERT_EQ(noErr, AESend(&event, &reply, kAENoReply + kAECanInteract + kAECanSwitchLayer, kAENormalPriority,
+                            kNoTimeOut, nullptr, nullptr));
+    gInsideSend = false;
+    EXPECT_EQ(typeNull, reply.descriptorType);
+    /* The event was copied: changing or disposing the original changes nothing queued. */
+    PutText(&event, keyDirectObject, "Other");
+    AEDisposeDesc(&event);
+    EXPECT_TRUE(gReceived.empty());
+    EXPECT_EQ(0, PlatformMemoryBusSentCount(0));
+
+    EXPECT_EQ(1, AEProcessEvents());
+    ASSERT_EQ(1u, gReceived.size());
+    EXPECT_EQ(kAEMiscStandards, gReceived[0].cls);
+    EXPECT_EQ(kSelf, gReceived[0].sender);
+    ASSERT_EQ(1u, gReceived[0].texts.size());
+    EXPECT_EQ("Handle Message", gReceived[0].texts[0]);
+    EXPECT_EQ(0, AEProcessEvents());
+
+    /* Installing again replaces the handler; an event nobody handles is dropped. */
+    ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, RecordingHandler, 7, false));
+    ASSERT_EQ(noErr, AERemoveEventHandler(kAEMiscStandards, kAEDoScript, nullptr, false));
+    ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
+    ASSERT_EQ(noErr, AESend(&event, nullptr, kAENoReply, kAENormalPriority, kNoTimeOut, nullptr, nullptr));
+    EXPECT_EQ(0, AEProcessEvents());
+    EXPECT_EQ(0, AEProcessEvents());
+    EXPECT_EQ(1u, gReceived.size());
+
+    /* Addressed by serial number to the current process: in-process too. */
+    ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, RecordingHandler, 0, false));
+    ProcessSerialNumber psn;
+    ASSERT_EQ(noErr, GetCurrentProcess(&psn));
+    AEAddressDesc byPSN;
+    ASSERT_EQ(noErr, AECreateDesc(typeProcessSerialNumber, &psn, sizeof psn, &byPSN));
+    AppleEvent second;
+    ASSERT_EQ(noErr, AECreateAppleEvent(kAEMiscStandards, kAEDoScript, &byPSN, kAutoGenerateReturnID, 0, &second));
+    ASSERT_EQ(noErr, AESend(&second, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr));
+    EXPECT_EQ(1, AEProcessEvents());
+    EXPECT_EQ(2u, gReceived.size());
+    AEDisposeDesc(&byPSN);
+    AEDisposeDesc(&second);
+    AEDisposeDesc(&event);
+}
+
+TEST_F(EventDescriptors, FaultsAreInjectedUnderTheCallsName)
+{
+    AppleEvent event;
+    ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
+    PlatformFaultSet("AEPutParamPtr", 2, memFullErr, false);
+    EXPECT_EQ(noErr, PutText(&event, kKeyMSSG, "A"));
+    EXPECT_EQ(memFullErr, PutText(&event, kKeySIGN, "B"));
+    EXPECT_EQ(noErr, PutText(&event, kKeySIGN, "B"));
+    PlatformFaultSet("AESend", 1, -609, false);
+    EXPECT_EQ(-609, AESend(&event, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr));
+    EXPECT_EQ(0, AEProcessEvents());
+    AEDisposeDesc(&event);
+}
+
+TEST_F(EventDescriptors, CurrentProcessDescribesItself)
+{
+    ProcessSerialNumber psn;
+    ASSERT_EQ(noErr, GetCurrentProcess(&psn));
+    unsigned char name[256];
+    FSSpec spec;
+    ProcessInfoRec info;
+    memset(&info, 0, sizeof info);
+    info.processInfoLength = 60;
+    info.processName = name;
+    info.processAppSpec = &spec;
+    ASSERT_EQ(noErr, GetProcessInformation(&psn, &info));
+    EXPECT_EQ(kSelf, info.processSignature);
+    EXPECT_EQ(std::string("test_event_descriptors"), std::string((char *)name + 1, name[0]));
+    EXPECT_GT(info.processPID, 0);
+    char path[1024];
+    ASSERT_EQ(noErr, FSpGetPOSIXPath(&spec, path, sizeof path));
+    EXPECT_NE(nullptr, strstr(path, "test_event_descriptors"));
+    Boolean same = false;
+    ProcessSerialNumber current{0, kCurrentProcess};
+    ASSERT_EQ(noErr, SameProcess(&psn, &current, &same));
+    EXPECT_TRUE(same);
+}
+
+} // namespace
