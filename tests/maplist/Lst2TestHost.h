@@ -1,0 +1,37 @@
+/*
+ * Lst2TestHost.h: the fixture of the map object list tests: fmhost's host memory behind
+ * the call block, recorded dialogs, external calls by function id, and helpers to put a
+ * message into the incoming list and to read the outgoing list.
+ */
+#ifndef TPX1_LST2TESTHOST_H
+#define TPX1_LST2TESTHOST_H
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "host/HostCore.h"
+
+enum {
+    kSetParameterId = 33, kGetNextMessageId = 36, kGetParameterLST2Id = 38,
+    kGetParameterLST2LineId = 39, kGetParameterLatLongId = 40, kProcessLST2Id = 44,
+    kRenameLSTAId = 53, kCopyLST2Id = 54, kGetNthLineId = 62
+};
+
+class Lst2Test : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    /* One external call: the argument's bytes, the result handle's bytes before and after. */
+    std::string Call(long funcId, const std::string &arg, const std::string &resultBefore = "");
+    /* Archives a message of (keyword, value) pairs and makes it the incoming message. */
+    void Receive(const std::vector<std::string> &keywordValuePairs);
+    /* The outgoing list 1 parameter's bytes, or "<none>". */
+    std::string Outgoing(const char *keyword);
+    std::string Incoming(const char *keyword);
+    int DialogCount();
+    std::string DialogText(int i);
+    FMX_ExternCallBlock block{};
+};
+
+#endif
