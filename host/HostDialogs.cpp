@@ -1,0 +1,56 @@
+/*
+ * HostDialogs.cpp: dialogs in script runs. When a script answers or expects dialogs,
+ * the platform's recorder takes them instead of showing them; each recorded dialog is
+ * printed once, and expectations check the recorded ones in order.
+ */
+#include "host/HostLanguage.h"
+
+#include "platform/Toolbox.h"
+
+void HostDialogsUseRecorder(HostSession *session)
+{
+    if (session->recorder)
+        return;
+    PlatformDialogUseRecorder();
+    PlatformDialogClearRecord();
+    session->recorder = true;
+    session->dialogsEchoed = 0;
+    session->dialogsChecked = 0;
+}
+
+void HostDialogsEcho(HostSession *session)
+{
+    if (!session->recorder)
+        return;
+    int32_t count = PlatformDialogRecordedCount();
+    for (; session->dialogsEchoed < count; session->dialogsEchoed++) {
+        const DialogSpec *spec = PlatformDialogRecorded(session->dialogsEchoed);
+        if (spec)
+            fprintf(session->out, "dialog: %s\n", HostVisibleText(spec->text ? spec->text : "").c_str());
+    }
+}
+
+bool HostDialogsExpect(HostSession *session, const std::string &text, std::string *actual)
+{
+    if (session->dialogsChecked >= PlatformDialogRecordedCount()) {
+        *actual = "no dialog was shown";
+        return false;
+    }
+    const DialogSpec *spec = PlatformDialogRecorded(session->dialogsChecked++);
+    std::string shown = spec && spec->text ? spec->text : "";
+    if (shown == text)
+        return true;
+    *actual = HostVisibleText(shown);
+    return false;
+}
+
+bool HostDialogsExpectNone(HostSession *session, std::string *actual)
+{
+    int32_t count = PlatformDialogRecordedCount();
+    if (session->dialogsChecked >= count)
+        return true;
+    const DialogSpec *spec = PlatformDialogRecorded(session->dialogsChecked);
+    *actual = HostVisibleText(spec && spec->text ? spec->text : "");
+    session->dialogsChecked = count;
+    return false;
+}

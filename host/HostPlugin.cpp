@@ -1,0 +1,149 @@
+/*
+ * HostPlugin.cpp: how the host reaches a plug-in: loading the shared object and its
+ * resource file (for the functions' display names), and the calls a FileMaker host makes
+ * (Init, Idle, External, Shutdown, or any raw selector) through a call block whose memory
+ * callbacks are the host memory's.
+ */
+#include "host/HostCore.h"
+
+#include <dlfcn.h>
+#include <strings.h>
+#include <unistd.h>
+
+#include <climits>
+
+#include "platform/Toolbox.h"
+
+namespace {
+
+const int16_t kFunctionNamesList = 144;   /* STR# 144: item id+1 is function id's name */
+const int kFunctionCount = 66;
+int16_t gHostVersionInUse = 60;           /* the version the last Init announced */
+
+std::string DefaultPluginPath(void)
+{
+    char exe[PATH_MAX];
+    ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
+    if (n <= 0)
+        return "tpx1.fmx";
+    std::string path(exe, static_cast<size_t>(n));
+    size_t slash = path.rfind('/');
+    return (slash == std::string::npos ? std::string(".") : path.substr(0, slash)) + "/tpx1.fmx";
+}
+
+void ReadFunctionNames(HostPlugin *plugin)
+{
+    int16_t previous = CurResFile();
+    UseResFile(plugin->resFileRef);
+    for (int id = 0; id < kFunctionCount; id++) {
+        Str255 name;
+        name[0] = 0;
+        GetIndString(name, kFunctionNamesList, static_cast<int16_t>(id + 1));
+        plugin->names[id].assign(reinterpret_cast<const char *>(name + 1), name[0]);
+    }
+    UseResFile(previous);
+}
+
+}  // namespace
+
+int HostLoadPlugin(const char *path, HostPlugin *plugin, std::string *error)
+{
+    std::string where = path && *path ? std::string(path) : DefaultPluginPath();
+    void *library = dlopen(where.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library) {
+        if (error)
+            *error = "cannot load plug-in " + where + ": " + dlerror();
+        return -1;
+    }
+    void *entry = dlsym(library, "FMExternCallProc");
+    if (!entry) {
+        if (error)
+            *error = "plug-in " + where + " has no FMExternCallProc";
+        dlclose(library);
+        return -1;
+    }
+    int16_t previous = CurResFile();
+    std::string resourcePath = where + ".rsrc";
+    int16_t ref = OpenResFile(resourcePath.c_str());
+    if (ref < 0) {
+        if (error)
+            *error = "cannot open resource file " + resourcePath + " (error " + std::to_string(ResError()) + ")";
+        dlclose(library);
+        return -1;
+    }
+    UseResFile(previous);
+    plugin->entry = reinterpret_cast<FMX_ExternCallProc>(entry);
+    plugin->library = library;
+    plugin->resFileRef = ref;
+    plugin->path = where;
+    ReadFunctionNames(plugin);
+    return 0;
+}
+
+void HostUnloadPlugin(HostPlugin *plugin)
+{
+    if (plugin->resFileRef > 0)
+        CloseResFile(plugin->resFileRef);
+    if (plugin->library)
+        dlclose(plugin->library);
+    plugin->entry = nullptr;
+    plugin->library = nullptr;
+    plugin->resFileRef = -1;
+}
+
+int32_t HostCallRaw(HostPlugin *plugin, uint8_t whichCall, int16_t hostVersion, int8_t parm1,
+                    int32_t parm2, FMX_Handle parm3, FMX_Handle resultHandle)
+{
+    FMX_ExternCallBlock block{};
+    HostMemoryInstall(&block);
+    block.hostVersion = hostVersion;
+    block.resFileRef = plugin->resFileRef;
+    block.whichCall = whichCall;
+    block.parm1 = parm1;
+    block.parm2 = parm2;
+    block.parm3 = parm3;
+    if (resultHandle)
+        block.result.handle = resultHandle;
+    else
+        block.result.value = 0;
+    if (plugin->entry)
+        plugin->entry(&block);
+    return resultHandle ? 0 : block.result.value;
+}
+
+int32_t HostInit(HostPlugin *plugin, int16_t hostVersion)
+{
+    gHostVersionInUse = hostVersion;
+    return HostCallRaw(plugin, kFMXT_Init, hostVersion, 0, 0, nullptr, nullptr);
+}
+
+void HostIdle(HostPlugin *plugin, int8_t idleLevel)
+{
+    HostCallRaw(plugin, kFMXT_Idle, gHostVersionInUse, idleLevel, 0, nullptr, nullptr);
+}
+
+std::string HostCallExternal(HostPlugin *plugin, int32_t funcId, const std::string &arg)
+{
+    FMX_Handle argument = HostNewTextHandle(arg);
+    FMX_Handle result = HostNewTextHandle(std::string());
+    HostCallRaw(plugin, kFMXT_External, gHostVersionInUse, 0, funcId, argument, result);
+    std::string text = HostHandleBytes(result);
+    HostDisposeHandle(argument);
+    HostDisposeHandle(result);
+    return text;
+}
+
+void HostShutdown(HostPlugin *plugin)
+{
+    HostCallRaw(plugin, kFMXT_Shutdown, gHostVersionInUse, 0, 0, nullptr, nullptr);
+}
+
+int HostFunctionId(const HostPlugin *plugin, const std::string &name)
+{
+    if (name.empty())
+        return -1;
+    for (int id = 0; id < kFunctionCount; id++)
+        if (strcasecmp(plugin->names[id].c_str(), name.c_str()) == 0)
+            return id;
+    return -1;
+}
