@@ -3,7 +3,9 @@
  * classic name upper-cased in Mac Roman with ties broken bytewise, the same on every
  * machine. The sorted listing of the last few folders is kept, so that a walk by index
  * sorts once; a listing is read again when its folder's modification time changes or
- * when the service itself created or deleted an item in it.
+ * when the service itself created or deleted an item in it. A listing read within a
+ * moment of its folder's last change is not trusted, since a change in the same tick of
+ * the file system's clock would leave the time as it was.
  */
 #include "platform/FileLinux.h"
 #include "platform/Toolbox.h"
@@ -13,6 +15,7 @@
 #include <climits>
 #include <cstring>
 #include <dirent.h>
+#include <time.h>
 #include <vector>
 
 namespace {
@@ -29,11 +32,13 @@ struct FolderListing {
     dev_t dev = 0;
     ino_t ino = 0;
     struct timespec mtime = {0, 0};
+    bool settled = false;      /* read well after mtime: a later change moves mtime */
     uint64_t lastUse = 0;
     std::vector<CatalogEntry> entries;
 };
 
 enum { kListingSlots = 8 };
+const int64_t kSettleNanoseconds = 20 * 1000 * 1000;   /* above any file system clock tick */
 FolderListing gListings[kListingSlots];
 uint64_t gListingUses = 0;
 
@@ -67,6 +72,11 @@ bool SameTime(const struct timespec &a, const struct timespec &b)
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
+int64_t Nanoseconds(const struct timespec &t)
+{
+    return (int64_t)t.tv_sec * 1000000000 + t.tv_nsec;
+}
+
 /* The sorted listing of folder, from the cache when it still holds. The pointer stays
  * good until the next call. */
 OSErr GetFolderListing(const std::string &folder, const FolderListing **out)
@@ -81,7 +91,8 @@ OSErr GetFolderListing(const std::string &folder, const FolderListing **out)
             break;
         }
     }
-    if (slot && slot->dev == st.st_dev && slot->ino == st.st_ino && SameTime(slot->mtime, st.st_mtim)) {
+    if (slot && slot->settled && slot->dev == st.st_dev && slot->ino == st.st_ino &&
+        SameTime(slot->mtime, st.st_mtim)) {
         slot->lastUse = ++gListingUses;
         *out = slot;
         return noErr;
@@ -97,6 +108,8 @@ OSErr GetFolderListing(const std::string &folder, const FolderListing **out)
         }
     }
     slot->valid = false;
+    struct timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
     err = ReadListing(folder, slot);
     if (err != noErr) return err;
     slot->valid = true;
@@ -104,6 +117,7 @@ OSErr GetFolderListing(const std::string &folder, const FolderListing **out)
     slot->dev = st.st_dev;
     slot->ino = st.st_ino;
     slot->mtime = st.st_mtim;
+    slot->settled = Nanoseconds(now) - Nanoseconds(st.st_mtim) >= kSettleNanoseconds;
     slot->lastUse = ++gListingUses;
     *out = slot;
     return noErr;
