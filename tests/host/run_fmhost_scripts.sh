@@ -17,8 +17,13 @@ cleanup() {
 trap cleanup EXIT INT TERM
 
 if command -v dbus-daemon >/dev/null 2>&1; then
-    address=$(dbus-daemon --session --print-address --print-pid --fork 2>/dev/null > "$work/bus" && sed -n 1p "$work/bus")
-    bus_pid=$(sed -n 2p "$work/bus" 2>/dev/null)
+    if dbus-daemon --session --address="unix:dir=$work" --print-address=1 --print-pid=1 --fork \
+            > "$work/bus" 2>/dev/null; then
+        address=$(sed -n 1p "$work/bus")
+        bus_pid=$(sed -n 2p "$work/bus")
+    else
+        address=
+    fi
     if [ -n "$address" ]; then
         DBUS_SESSION_BUS_ADDRESS=$address
         export DBUS_SESSION_BUS_ADDRESS
