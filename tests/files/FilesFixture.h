@@ -1,0 +1,48 @@
+/*
+ * FilesFixture.h: the test fixture of the files tests: a temporary folder holding a
+ * fake host application (TPX1_APP_PATH), a host call block, the reserved application
+ * globals, recorded dialogs, and helpers to make files and call external functions.
+ */
+#ifndef TPX1_TESTS_FILESFIXTURE_H
+#define TPX1_TESTS_FILESFIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "plugin/FMXExtern.h"
+
+typedef void (*ExternalFunction)(long funcId, char **argHandle, char **resultHandle);
+
+class FilesTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /* POSIX path of a name inside the temporary folder. */
+    std::string Posix(const std::string &relative) const { return root_ + "/" + relative; }
+    /* Classic path of a name inside the temporary folder ("Linux:tmp:x:" + relative with
+     * "/" turned into ":"). */
+    std::string Classic(const std::string &relative) const;
+    std::string ClassicRoot() const { return classicRoot_; }
+    /* The application folder, classic, ending in ':'. */
+    std::string AppFolder() const { return Classic("Apps:"); }
+
+    void MakeFolder(const std::string &relative);
+    void WriteFile(const std::string &relative, const std::string &bytes);
+    std::string ReadFile(const std::string &relative) const;
+    bool Exists(const std::string &relative) const;
+
+    /* Calls an external function with the argument text; returns the result text. */
+    std::string Call(ExternalFunction function, long funcId, const std::string &argument);
+
+    /* Texts of the dialogs recorded since the last call, and clears the record. */
+    std::vector<std::string> TakeDialogs();
+
+    FMX_ExternCallBlock block_{};
+    std::string root_;
+    std::string classicRoot_;
+};
+
+#endif

@@ -1,0 +1,303 @@
+/*
+ * test_fileops.cpp: exists, copy, delete, reading a slice, listing a folder, the write
+ * and read helpers, the file dialogs and the zip messages, with their failure texts
+ * driven by fault injection.
+ */
+#include "FilesFixture.h"
+
+#include <cstring>
+#include <filesystem>
+
+#include "files/FileOps.h"
+#include "host/HostCore.h"
+#include "platform/Faults.h"
+#include "platform/Files.h"
+#include "platform/Toolbox.h"
+#include "text/TextHandles.h"
+
+namespace {
+
+void PascalOf(const std::string &path, Str255 out)
+{
+    out[0] = (unsigned char)path.size();
+    memcpy(out + 1, path.data(), path.size());
+}
+
+std::string Pattern(size_t size)
+{
+    std::string bytes(size, 0);
+    for (size_t i = 0; i < size; i++)
+        bytes[i] = (char)((i * 7 + i / 251) & 0xFF);
+    return bytes;
+}
+
+bool Contains(const std::vector<std::string> &texts, const std::string &part)
+{
+    for (const auto &t : texts) {
+        if (t.find(part) != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+TEST_F(FilesTest, FileExistsAnswersTrueOrFalse)
+{
+    WriteFile("Apps/here.txt", "x");
+    EXPECT_EQ(Call(TPX1FileExists, 8, ":here.txt"), "TRUE");
+    EXPECT_EQ(Call(TPX1FileExists, 8, Classic("Apps:here.txt")), "TRUE");
+    EXPECT_EQ(Call(TPX1FileExists, 8, ":gone.txt"), "FALSE");
+    EXPECT_EQ(Call(TPX1FileExists, 8, "NoSuchVolume:x"), "FALSE");
+}
+
+TEST_F(FilesTest, CopyFileCopiesTheDataFork)
+{
+    EXPECT_EQ(Call(TPX1CopyFile, 9, ":a.txt"), "Error: vertical bar expected in TPX1CopyFile");
+    EXPECT_EQ(Call(TPX1CopyFile, 9, ":a.txt|:b.txt"), "Error: The source file does not exist: " + AppFolder() + "a.txt");
+
+    std::string data = Pattern(250001);   /* three transfer buffers */
+    WriteFile("Apps/a.bin", data);
+    EXPECT_EQ(Call(TPX1CopyFile, 9, ":a.bin|" + Classic("b.bin")), "");
+    EXPECT_EQ(ReadFile("b.bin"), data);
+
+    /* A locked destination is unlocked and replaced. */
+    WriteFile("locked.bin", "old and longer than the new one");
+    Str255 locked;
+    PascalOf(Classic("locked.bin"), locked);
+    ASSERT_EQ(HSetFLock(0, 0, locked), noErr);
+    WriteFile("Apps/small.txt", "new");
+    PlatformFaultSet("HRstFLock", 1000000, ioErr, false);   /* counts the calls */
+    EXPECT_EQ(Call(TPX1CopyFile, 9, ":small.txt|" + Classic("locked.bin")), "");
+    EXPECT_EQ(ReadFile("locked.bin"), "new");
+    EXPECT_EQ(PlatformFaultCalls("HRstFLock"), 1);
+    EXPECT_TRUE(TakeDialogs().empty());
+}
+
+TEST_F(FilesTest, CopyingAnEmptyFileKeepsTypeAndCreator)
+{
+    WriteFile("empty.dat", "");
+    Str255 source, destination;
+    PascalOf(Classic("empty.dat"), source);
+    PascalOf(Classic("copy.dat"), destination);
+    FInfo info{};
+    ASSERT_EQ(HGetFInfo(0, 0, source, &info), noErr);
+    info.fdType = FOUR_CHAR('R', 'P', 'F', ' ');
+    info.fdCreator = FOUR_CHAR('R', 'E', 'P', 'F');
+    ASSERT_EQ(HSetFInfo(0, 0, source, &info), noErr);
+    ASSERT_EQ(HGetFInfo(0, 0, source, &info), noErr);
+    bool keepsFinderInfo = info.fdType != 0;
+
+    EXPECT_EQ(Call(TPX1CopyFile, 9, Classic("empty.dat") + "|" + Classic("copy.dat")), "");
+    ASSERT_TRUE(Exists("copy.dat"));
+    EXPECT_EQ(ReadFile("copy.dat"), "");
+    FInfo copied{};
+    ASSERT_EQ(HGetFInfo(0, 0, destination, &copied), noErr);
+    if (keepsFinderInfo) {
+        EXPECT_EQ(copied.fdType, FOUR_CHAR('R', 'P', 'F', ' '));
+        EXPECT_EQ(copied.fdCreator, FOUR_CHAR('R', 'E', 'P', 'F'));
+    }
+}
+
+TEST_F(FilesTest, CopyFileFailureTexts)
+{
+    WriteFile("Apps/src.txt", "source bytes");
+    int number = 0;
+    struct Case {
+        const char *op;
+        int nth;
+        const char *text;
+    } cases[] = {
+        {"HGetFInfo", 1, "Error: hgetfinfo failed."},
+        {"HOpenDF", 1, "Error: hopendf failed."},
+        {"GetEOF", 1, "Error: GetEOF failed."},
+        {"HCreate", 1, "Error: HCreate failed."},
+        {"HOpenDF", 2, "Error: HOpenDF failed."},
+        {"FSRead", 1, "Error: TransferFileSection failed."},
+        {"FSWrite", 1, "Error: TransferFileSection failed."},
+    };
+    for (const Case &c : cases) {
+        PlatformFaultClear(nullptr);
+        PlatformFaultSet(c.op, c.nth, ioErr, false);
+        /* A failed copy leaves its files open, so every case copies to a new name. */
+        std::string arg = ":src.txt|:dst" + std::to_string(++number) + ".txt";
+        EXPECT_EQ(Call(TPX1CopyFile, 9, arg), c.text) << c.op;
+        EXPECT_EQ(PlatformFaultHits(c.op), 1) << c.op;
+        auto dialogs = TakeDialogs();
+        bool transfer = strcmp(c.text, "Error: TransferFileSection failed.") == 0;
+        EXPECT_EQ(dialogs.size(), transfer ? 1u : 0u) << c.op;
+        if (transfer) {
+            EXPECT_TRUE(Contains(dialogs, "Error: -36")) << c.op;
+        }
+    }
+}
+
+TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
+{
+    std::string data = Pattern(200000);
+    WriteFile("from.bin", data);
+    WriteFile("to.bin", "");
+    Str255 from, to;
+    PascalOf(Classic("from.bin"), from);
+    PascalOf(Classic("to.bin"), to);
+    int16_t source = 0, destination = 0;
+    ASSERT_EQ(HOpenDF(0, 0, from, fsRdPerm, &source), noErr);
+    ASSERT_EQ(HOpenDF(0, 0, to, fsRdWrPerm, &destination), noErr);
+
+    HostMemorySetFailure(1, kHostFailFromThenOn);
+    EXPECT_EQ(TransferFileSection(source, destination, 0, 200000), -1);
+    EXPECT_EQ(HostMemoryAllocationCount(), 20) << "100000 down to 5000 in steps of 5000";
+
+    HostMemorySetFailure(1, kHostFailOnce);
+    PlatformFaultSet("FSRead", 1000000, ioErr, false);   /* counts the calls */
+    EXPECT_EQ(TransferFileSection(source, destination, 100000, 200000), noErr);
+    EXPECT_EQ(HostMemoryAllocationCount(), 2);
+    EXPECT_EQ(PlatformFaultCalls("FSRead"), 2) << "a 95000-byte buffer needs two reads";
+    HostMemorySetFailure(0, kHostFailOff);
+    FSClose(source);
+    FSClose(destination);
+    EXPECT_EQ(ReadFile("to.bin"), data.substr(100000));
+}
+
+TEST_F(FilesTest, DeleteFileRetriesABusyFile)
+{
+    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":missing.txt"), "");
+    WriteFile("Apps/plain.txt", "x");
+    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":plain.txt"), "");
+    EXPECT_FALSE(Exists("Apps/plain.txt"));
+
+    PlatformClockUseManual(1000, 7);
+    WriteFile("Apps/busy.txt", "x");
+    PlatformFaultSet("HDelete", 1, fBsyErr, false);
+    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":busy.txt"), "");
+    EXPECT_EQ(PlatformFaultCalls("HDelete"), 2);
+    EXPECT_FALSE(Exists("Apps/busy.txt"));
+
+    WriteFile("Apps/busy.txt", "x");
+    PlatformFaultSet("HDelete", 1, fBsyErr, true);
+    uint32_t before = TickCount();
+    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":busy.txt"), "Error -47: Unable to delete file: " + AppFolder() + "busy.txt");
+    EXPECT_EQ(PlatformFaultCalls("HDelete"), 16);
+    EXPECT_GE(TickCount() - before, 15u * 60u) << "one second between tries";
+    EXPECT_TRUE(Exists("Apps/busy.txt"));
+
+    PlatformFaultSet("HDelete", 1, permErr, false);
+    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":busy.txt"), "Error -54: Unable to delete file: " + AppFolder() + "busy.txt");
+    EXPECT_EQ(PlatformFaultCalls("HDelete"), 1) << "only a busy file is tried again";
+    EXPECT_TRUE(TakeDialogs().empty());
+}
+
+TEST_F(FilesTest, GetCharsFromFileReadsASlice)
+{
+    const std::string usage =
+        "Error: Usage TPX1GetCharsFromFile(startingCharOneRelative|numCharsToCopy|relativeOrFullPath)";
+    WriteFile("Apps/f.txt", "abcdefgh");
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "0|3|:f.txt"), usage);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|0|:f.txt"), usage);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|3"), usage);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|3|:nofile.txt"), "Error: TPX1GetCharsFromFile: File does not exist");
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "3|4|:f.txt"), "cdef");
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|1|:f.txt|"), "a");
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "6|100|:f.txt"), "fgh");
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "8|1|" + Classic("Apps:f.txt")), "h");
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "9|5|:f.txt"), "");
+    EXPECT_TRUE(TakeDialogs().empty());
+
+    PlatformFaultSet("FSRead", 1, ioErr, false);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: FSRead returned an error.");
+    EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
+    PlatformFaultSet("HGetFInfo", 1, ioErr, false);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: hgetfinfo failed.");
+    EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
+    PlatformFaultSet("GetEOF", 1, ioErr, false);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: GetEOF failed.");
+    EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
+    PlatformFaultSet("HOpenDF", 1, permErr, false);
+    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: hopendf failed.");
+    EXPECT_TRUE(Contains(TakeDialogs(), "Error: -54"));
+}
+
+TEST_F(FilesTest, ListingAdmitsZipAndRpfInCatalogOrder)
+{
+    MakeFolder("L");
+    for (const char *name : {"b.zip", "A.RPF", "c.ZIP", "d.txt", "e.rpf", "f.zipx", "noext"})
+        WriteFile(std::string("L/") + name, "x");
+    MakeFolder("L/Sub.Zip");
+    std::string folder = Classic("L:");
+    std::string expected = folder + "A.RPF\r" + folder + "b.zip\r" + folder + "c.ZIP\r" + folder + "e.rpf\r" +
+                           folder + "Sub.Zip\r";
+    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:b.zip")), expected);
+    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:e.rpf")), expected);
+    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:d.txt")), folder + "d.txt\r");
+    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:noext")), "");
+    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:missing.zip")), "");
+
+    PlatformFaultSet("PBGetCatInfoSync", 3, ioErr, false);
+    Call(TPX1GetListOfFilesInFolder, 61, Classic("L:b.zip"));
+    EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
+}
+
+TEST_F(FilesTest, WriteAndReadHelpers)
+{
+    std::string path = Classic("w.txt");
+    EXPECT_EQ(WriteCStringToFile(path.c_str(), "first"), noErr);
+    EXPECT_EQ(ReadFile("w.txt"), "first");
+    EXPECT_EQ(WriteCStringToFile(path.c_str(), "2nd"), noErr);
+    EXPECT_EQ(ReadFile("w.txt"), "2nd");
+    EXPECT_EQ(AppendBufferToFile(path.c_str(), "+more", 5), noErr);
+    EXPECT_EQ(ReadFile("w.txt"), "2nd+more");
+    EXPECT_EQ(WriteCStringToFile(path.c_str(), nullptr), -1);
+    Str255 name;
+    PascalOf(path, name);
+    FInfo info{};
+    ASSERT_EQ(HGetFInfo(0, 0, name, &info), noErr);
+    if (info.fdType != 0) {
+        EXPECT_EQ(info.fdType, FOUR_CHAR('T', 'E', 'X', 'T'));
+        EXPECT_EQ(info.fdCreator, FOUR_CHAR('t', 't', 'x', 't'));
+    }
+
+    std::string missing = Classic("none.txt");
+    EXPECT_EQ(AppendBufferToFile(missing.c_str(), "x", 1), fnfErr);
+    EXPECT_FALSE(Exists("none.txt"));
+
+    char **h = ReadFileIntoTerminatedFHandle(path.c_str(), true);
+    ASSERT_NE(h, nullptr);
+    EXPECT_EQ(GetFHandleSize(h), 9);
+    EXPECT_EQ(std::string(*h, 9), std::string("2nd+more\0", 9));
+    DisposeFHandle(h);
+    EXPECT_EQ(ReadFileIntoTerminatedFHandle(missing.c_str(), false), nullptr);
+    EXPECT_TRUE(TakeDialogs().empty());
+    EXPECT_EQ(ReadFileIntoTerminatedFHandle(missing.c_str(), true), nullptr);
+    auto dialogs = TakeDialogs();
+    ASSERT_EQ(dialogs.size(), 1u);
+    EXPECT_EQ(dialogs[0].rfind("Error reading file: ", 0), 0u);
+    EXPECT_NE(dialogs[0].find(missing), std::string::npos);
+
+    PlatformFaultSet("FSWrite", 1, dskFulErr, false);
+    EXPECT_EQ(WriteCStringToFile(path.c_str(), "full"), dskFulErr);
+    dialogs = TakeDialogs();
+    ASSERT_EQ(dialogs.size(), 1u);
+    EXPECT_EQ(dialogs[0], "Error writing to file:\r" + path);
+}
+
+TEST_F(FilesTest, FileDialogsAnswerAPathOrNothing)
+{
+    PlatformDialogQueueFileAnswer(Classic("chosen.txt").c_str());
+    EXPECT_EQ(Call(TPX1AskUserForFileNameToRead, 14, "Pick one"), Classic("chosen.txt"));
+    EXPECT_EQ(Call(TPX1AskUserForFileNameToRead, 14, ""), "") << "cancelled";
+    PlatformDialogQueueFileAnswer(Classic("Out:save.zip").c_str());
+    EXPECT_EQ(Call(TPX1AskUserForFileNameToWrite, 15, "proposed.zip"), Classic("Out:save.zip"));
+    EXPECT_EQ(Call(TPX1AskUserForFileNameToWrite, 15, "proposed.zip"), "");
+}
+
+TEST_F(FilesTest, ZipFunctionsAreNotSupported)
+{
+    EXPECT_EQ(Call(TPX1ZipFiles, 11, "x"), "");
+    EXPECT_EQ(Call(TPX1UnzipFiles, 12, "x"), "Error");
+    EXPECT_EQ(Call(TPX1UnzipFilesBatchMode, 13, "x"), "Error");
+    auto dialogs = TakeDialogs();
+    ASSERT_EQ(dialogs.size(), 3u);
+    EXPECT_EQ(dialogs[0], "TPX1ZipFiles is not supported on the MAC.");
+    EXPECT_EQ(dialogs[1], "TPX1UnzipFiles is not supported on the MAC.");
+    EXPECT_EQ(dialogs[2], "TPX1UnzipFilesBatchMode is not supported on the MAC.");
+}
