@@ -78,7 +78,8 @@ short DoAlertMessage(const char *line1, const char *line2, const char *line3, co
         AppendCut(text, sizeof text, line1);
         AppendCut(text, sizeof text, "\r\r");
     }
-    for (const char *line : {line2, line3, line4}) {
+    const char *const furtherLines[] = {line2, line3, line4};
+    for (const char *line : furtherLines) {
         if (line) {
             AppendCut(text, sizeof text, line);
             AppendCut(text, sizeof text, "\r");
