@@ -7,6 +7,7 @@
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
+#include "platform/EventService.h"
 
 #include <cstring>
 #include <deque>

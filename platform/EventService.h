@@ -79,6 +79,9 @@ TPX1_API const char *PlatformBusAddress(void);
  * name must hold at least 23 bytes. */
 TPX1_API void PlatformBusNameForSignature(OSType signature, char *name);
 
+/* Whether this process owns the bus name of its signature (opening the bus if needed). */
+TPX1_API Boolean PlatformBusOwnsSignatureName(void);
+
 /* Blocks until an event or bus message is waiting or timeoutMs passed (-1: forever),
  * then runs AEProcessEvents. For programs whose whole loop is the bus (vesk); the host
  * polls AEGetEventFD itself. Returns the number of events dispatched. */

@@ -1,0 +1,137 @@
+/*
+ * BusDBusLaunch.cpp: LaunchApplication on the bus: starts the executable detached (its
+ * own session, standard input from /dev/null, the document's POSIX path as its first
+ * argument, the bus address in its environment) and waits, bounded by
+ * TPX1_LAUNCH_TIMEOUT_MS (default 5000), until the new process owns a name on the bus.
+ * Started children are reaped when they end.
+ */
+#include "platform/BusDBus.h"
+#include "platform/EventService.h"
+#include "platform/Toolbox.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+extern char **environ;
+
+namespace {
+
+const int32_t kDefaultLaunchTimeoutMs = 5000;
+std::vector<pid_t> gChildren;
+
+int32_t LaunchTimeoutMs(void)
+{
+    const char *setting = PlatformSetting("TPX1_LAUNCH_TIMEOUT_MS");
+    if (!setting || !*setting) return kDefaultLaunchTimeoutMs;
+    long value = strtol(setting, nullptr, 10);
+    return value > 0 ? (int32_t)value : kDefaultLaunchTimeoutMs;
+}
+
+/* The environment of the child: ours, with the address of the bus we are on. */
+std::vector<std::string> ChildEnvironment(void)
+{
+    std::vector<std::string> env;
+    const char *key = "DBUS_SESSION_BUS_ADDRESS=";
+    for (char **p = environ; p && *p; p++)
+        if (strncmp(*p, key, strlen(key)) != 0) env.push_back(*p);
+    const char *address = PlatformBusAddress();
+    if (address) env.push_back(std::string(key) + address);
+    return env;
+}
+
+OSErr Spawn(const std::string &executable, const std::string &document, pid_t *child)
+{
+    std::vector<std::string> env = ChildEnvironment();
+    std::vector<char *> envp;
+    for (std::string &s : env) envp.push_back(&s[0]);
+    envp.push_back(nullptr);
+    std::vector<char *> argv;
+    std::string program = executable, doc = document;
+    argv.push_back(&program[0]);
+    if (!doc.empty()) argv.push_back(&doc[0]);
+    argv.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attr;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawnattr_init(&attr);
+    sigset_t none, all;
+    sigemptyset(&none);
+    sigfillset(&all);
+    posix_spawnattr_setsigmask(&attr, &none);
+    posix_spawnattr_setsigdefault(&attr, &all);
+    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    int r = posix_spawn(child, executable.c_str(), &actions, &attr, argv.data(), envp.data());
+    posix_spawnattr_destroy(&attr);
+    posix_spawn_file_actions_destroy(&actions);
+    if (r) return PlatformErrnoToOSErr(r);
+    gChildren.push_back(*child);
+    return noErr;
+}
+
+bool ChildEnded(pid_t child)
+{
+    int status;
+    if (waitpid(child, &status, WNOHANG) != child) return false;
+    for (size_t i = 0; i < gChildren.size(); i++) {
+        if (gChildren[i] == child) {
+            gChildren.erase(gChildren.begin() + i);
+            break;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+OSErr BusDBusLaunch(const std::string &executable, const std::string &document, OSType expected,
+                    ProcessSerialNumber *psn)
+{
+    OSErr err = BusDBusEnsure(false);
+    if (err) return err;
+    if (access(executable.c_str(), X_OK) != 0) return PlatformErrnoToOSErr(errno);
+    pid_t child;
+    err = Spawn(executable, document, &child);
+    if (err) return err;
+    int32_t timeoutMs = LaunchTimeoutMs();
+    uint64_t deadline = BusDBusNowUsec() + (uint64_t)timeoutMs * 1000u;
+    for (;;) {
+        BusDBusDrain();
+        sd_bus *bus = BusDBusConnection();
+        if (!bus) return connectionInvalid;
+        if (BusDBusFindByPid(child, expected, psn)) {
+            BusDBusDrain();
+            return noErr;
+        }
+        if (ChildEnded(child)) {
+            fprintf(stderr, "%s: %s ended before it joined the bus\n", program_invocation_short_name,
+                    executable.c_str());
+            return procNotFound;
+        }
+        uint64_t now = BusDBusNowUsec();
+        if (now >= deadline) {
+            fprintf(stderr, "%s: %s did not join the bus within %d ms\n", program_invocation_short_name,
+                    executable.c_str(), (int)timeoutMs);
+            return procNotFound;
+        }
+        uint64_t wait = deadline - now;
+        if (wait > 50000) wait = 50000;
+        struct pollfd pfd = {sd_bus_get_fd(bus), (short)sd_bus_get_events(bus), 0};
+        poll(&pfd, 1, (int)((wait + 999) / 1000));
+    }
+}
+
+void BusDBusReapChildren(void)
+{
+    for (size_t i = gChildren.size(); i-- > 0;) ChildEnded(gChildren[i]);
+}

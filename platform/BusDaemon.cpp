@@ -1,0 +1,106 @@
+/*
+ * BusDaemon.cpp: a private session bus for a process that has none (fmhost without a
+ * desktop session): dbus-daemon started for the life of the process, its address put in
+ * DBUS_SESSION_BUS_ADDRESS for this process and the ones it launches, stopped at exit.
+ */
+#include "platform/BusDBus.h"
+#include "platform/EventService.h"
+#include "platform/Toolbox.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace {
+
+const int kDaemonStartMs = 10000;
+pid_t gDaemonPid = 0;
+std::string gDaemonAddress;
+bool gStopAtExit = false;
+
+void StopAtExit(void)
+{
+    PlatformBusStopPrivateDaemon();
+}
+
+/* Reads the address line the daemon prints; "" when it does not come in time. */
+std::string ReadAddress(int fd)
+{
+    std::string line;
+    uint64_t deadline = BusDBusNowUsec() + (uint64_t)kDaemonStartMs * 1000u;
+    while (line.find('\n') == std::string::npos) {
+        uint64_t now = BusDBusNowUsec();
+        if (now >= deadline) return "";
+        struct pollfd pfd = {fd, POLLIN, 0};
+        if (poll(&pfd, 1, (int)((deadline - now) / 1000) + 1) <= 0) continue;
+        char buffer[256];
+        ssize_t n = read(fd, buffer, sizeof buffer);
+        if (n <= 0) return "";
+        line.append(buffer, n);
+    }
+    return line.substr(0, line.find('\n'));
+}
+
+} // namespace
+
+extern "C" {
+
+OSErr PlatformBusStartPrivateDaemon(void)
+{
+    if (gDaemonPid) return noErr;
+    int fds[2];
+    if (pipe2(fds, O_CLOEXEC) != 0) return PlatformErrnoToOSErr(errno);
+    fcntl(fds[1], F_SETFD, 0);
+    char printAddress[64];
+    snprintf(printAddress, sizeof printAddress, "--print-address=%d", fds[1]);
+    char program[] = "dbus-daemon", session[] = "--session", nofork[] = "--nofork";
+    char *argv[] = {program, session, nofork, printAddress, nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    pid_t pid;
+    int r = posix_spawnp(&pid, program, &actions, nullptr, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(fds[1]);
+    if (r) {
+        close(fds[0]);
+        fprintf(stderr, "%s: cannot start dbus-daemon: %s\n", program_invocation_short_name, strerror(r));
+        return PlatformErrnoToOSErr(r);
+    }
+    std::string address = ReadAddress(fds[0]);
+    close(fds[0]);
+    gDaemonPid = pid;
+    if (address.empty()) {
+        PlatformBusStopPrivateDaemon();
+        return connectionInvalid;
+    }
+    gDaemonAddress = address;
+    setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    if (!gStopAtExit) {
+        atexit(StopAtExit);
+        gStopAtExit = true;
+    }
+    return noErr;
+}
+
+void PlatformBusStopPrivateDaemon(void)
+{
+    if (!gDaemonPid) return;
+    kill(gDaemonPid, SIGTERM);
+    int status;
+    waitpid(gDaemonPid, &status, 0);
+    gDaemonPid = 0;
+    const char *current = getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (current && gDaemonAddress == current) unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    gDaemonAddress.clear();
+}
+
+} // extern "C"

@@ -1,0 +1,75 @@
+/*
+ * Vesk.h: the pieces of the vesk tool: its commands (ps, send, listen, partner), the
+ * partner's rule files, and the helpers they share for codes, texts and events.
+ */
+#ifndef VESK_H
+#define VESK_H
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "platform/AppleEvents.h"
+#include "platform/EventService.h"
+#include "platform/Processes.h"
+
+#define kVeskClass FOUR_CHAR('V', 'E', 'S', 'K')
+#define kVeskEvent FOUR_CHAR('A', 'E', 'V', 'T')
+
+/* One parameter of an event: keyword, type and the data (Mac Roman for 'TEXT'). */
+struct VeskParam {
+    OSType keyword;
+    DescType type;
+    std::string data;
+};
+
+/* ---- Codes and texts (VeskText.cpp) ---- */
+/* 1 to 4 characters (UTF-8), padded with blanks. */
+bool ParseCode(const std::string &text, OSType *code);
+/* A code as UTF-8 text, four characters. */
+std::string CodeText(OSType code);
+std::string ToMacRoman(const std::string &utf8);
+std::string ToUTF8(const std::string &macRoman);
+/* UTF-8 with TAB, CR, LF, backslash and other control characters made visible. */
+std::string VisibleText(const std::string &macRoman);
+/* Undoes VisibleText's escapes (\t \r \n \\ \"). */
+std::string UnescapeText(const std::string &text);
+/* "KEY=VALUE" (UTF-8) into a 'TEXT' parameter. */
+bool ParseAssignment(const std::string &text, VeskParam *param);
+
+/* ---- Events (VeskEvents.cpp) ---- */
+std::vector<VeskParam> EventParams(const AppleEvent *event);
+OSType EventSender(const AppleEvent *event);
+AEEventClass EventClass(const AppleEvent *event);
+AEEventID EventID(const AppleEvent *event);
+/* Text of a 'TEXT' parameter of the list ("" when absent). */
+std::string ParamText(const std::vector<VeskParam> &params, OSType keyword, bool *found = nullptr);
+OSErr SendEvent(OSType to, AEEventClass eventClass, AEEventID eventID, const std::vector<VeskParam> &params);
+/* A readable block (listen) and a log line (partner). */
+std::string EventBlock(const AppleEvent *event);
+std::string EventLine(const AppleEvent *event);
+/* Message text for an OSErr. */
+std::string ErrorText(OSErr err);
+/* Takes this signature's bus name; false (with a message) when it cannot. */
+bool OwnSignature(OSType signature);
+/* Runs the event loop until SIGTERM or SIGINT. */
+void RunUntilSignalled(void);
+
+/* ---- Rules of the stand-in partner (VeskRules.cpp) ---- */
+struct VeskRule {
+    OSType onMessage;             /* '****' for any */
+    OSType to;                    /* 0: the sender */
+    std::vector<VeskParam> send;  /* a value "$KEY" copies the incoming KEY */
+    int line;
+};
+/* Reads a rule file; false with a message naming the line on a mistake. */
+bool ReadRules(const char *path, std::vector<VeskRule> *rules, std::string *error);
+bool ParseRuleLine(const std::string &line, int number, VeskRule *rule, bool *isRule, std::string *error);
+
+/* ---- Commands ---- */
+int VeskPs(int argc, char **argv);
+int VeskSend(int argc, char **argv);
+int VeskListen(int argc, char **argv);
+int VeskPartner(int argc, char **argv);
+
+#endif

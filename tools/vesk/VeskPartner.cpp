@@ -1,0 +1,182 @@
+/*
+ * VeskPartner.cpp: "vesk partner --as SIG": a stand-in partner application. It answers
+ * "HOLA" with "OKHI", follows the rules of its rule file, records activations and the
+ * document it was started with, and logs every event it receives as one line, until
+ * SIGTERM. It can be launched by the plug-in (the document path is its first argument).
+ */
+#include "Vesk.h"
+
+#include "platform/Toolbox.h"
+
+#include <cstring>
+#include <unistd.h>
+
+namespace {
+
+const OSType kMSSG = FOUR_CHAR('M', 'S', 'S', 'G');
+const OSType kSIGN = FOUR_CHAR('S', 'I', 'G', 'N');
+const OSType kPSIG = FOUR_CHAR('P', 'S', 'I', 'G');
+const OSType kXTRA = FOUR_CHAR('X', 'T', 'R', 'A');
+
+OSType gSelf = 0;
+std::string gName = "vesk partner";
+std::string gDocument;
+std::vector<VeskRule> gRules;
+FILE *gLog = nullptr;
+
+void Log(const std::string &line)
+{
+    fputs(line.c_str(), gLog);
+    fputc('\n', gLog);
+    fflush(gLog);
+}
+
+VeskParam Text(OSType keyword, const std::string &value)
+{
+    return VeskParam{keyword, typeChar, value};
+}
+
+/* MSSG first, then SIGN, PSIG and XTRA (this partner's own unless given), then the rest. */
+std::vector<VeskParam> Message(const std::vector<VeskParam> &given)
+{
+    std::string self = ToMacRoman(CodeText(gSelf));
+    std::vector<VeskParam> message;
+    const OSType standard[4] = {kMSSG, kSIGN, kPSIG, kXTRA};
+    const std::string fallback[4] = {"", self, self, ""};
+    for (int i = 0; i < 4; i++) {
+        bool found;
+        std::string value = ParamText(given, standard[i], &found);
+        if (found || i > 0) message.push_back(Text(standard[i], found ? value : fallback[i]));
+    }
+    for (const VeskParam &param : given) {
+        bool isStandard = false;
+        for (OSType code : standard) isStandard |= param.keyword == code;
+        if (!isStandard) message.push_back(param);
+    }
+    return message;
+}
+
+std::string OwnClassicPath(void)
+{
+    ProcessSerialNumber self{0, kCurrentProcess};
+    FSSpec spec;
+    ProcessInfoRec info;
+    memset(&info, 0, sizeof info);
+    info.processInfoLength = 60;
+    info.processAppSpec = &spec;
+    char posix[4096], classic[4096];
+    if (GetProcessInformation(&self, &info) || FSpGetPOSIXPath(&spec, posix, sizeof posix) ||
+        PlatformPOSIXPathToClassic(posix, classic, sizeof classic))
+        return "";
+    return classic;
+}
+
+void Send(OSType to, const std::vector<VeskParam> &params)
+{
+    OSErr err = SendEvent(to, kVeskClass, kVeskEvent, params);
+    std::string line = "sent " + ToUTF8(ParamText(params, kMSSG)) + " to " + CodeText(to);
+    if (err) line += " failed: " + ErrorText(err);
+    Log(line);
+}
+
+void AnswerHola(OSType to)
+{
+    std::string document = gDocument.substr(gDocument.rfind('/') + 1);
+    Send(to, Message({Text(kMSSG, "OKHI"), Text(FOUR_CHAR('N', 'A', 'M', 'E'), ToMacRoman(gName)),
+                      Text(FOUR_CHAR('P', 'A', 'T', 'H'), OwnClassicPath()),
+                      Text(FOUR_CHAR('V', 'E', 'R', 'S'), VESK_VERSION),
+                      Text(FOUR_CHAR('D', 'O', 'C', ' '), ToMacRoman(document))}));
+}
+
+void FollowRules(OSType messageId, OSType sender, const std::vector<VeskParam> &incoming)
+{
+    for (const VeskRule &rule : gRules) {
+        if (rule.onMessage != typeWildCard && rule.onMessage != messageId) continue;
+        std::vector<VeskParam> params;
+        for (const VeskParam &param : rule.send) {
+            VeskParam out = param;
+            OSType copied;
+            if (param.data.size() > 1 && param.data[0] == '$' && ParseCode(ToUTF8(param.data.substr(1)), &copied))
+                out.data = ParamText(incoming, copied);
+            params.push_back(out);
+        }
+        Send(rule.to ? rule.to : sender, Message(params));
+    }
+}
+
+OSErr HandleEvent(const AppleEvent *event, AppleEvent *, intptr_t)
+{
+    Log(EventLine(event));
+    std::vector<VeskParam> params = EventParams(event);
+    if (EventClass(event) == kCoreEventClass && EventID(event) == kAEOpenDocuments) {
+        bool found;
+        std::string url = ParamText(params, keyDirectObject, &found);
+        if (found) Log("document " + VisibleText(url));
+        return noErr;
+    }
+    if (EventClass(event) != kVeskClass) return noErr;
+    std::string mssg = ParamText(params, kMSSG);
+    if (mssg.size() < 4) return noErr;
+    OSType messageId = FOUR_CHAR(mssg[0], mssg[1], mssg[2], mssg[3]);
+    OSType sender = EventSender(event);
+    std::string sign = ParamText(params, kSIGN);
+    if (!sender && sign.size() >= 4) sender = FOUR_CHAR(sign[0], sign[1], sign[2], sign[3]);
+    if (messageId == FOUR_CHAR('H', 'O', 'L', 'A') && sender) AnswerHola(sender);
+    if (sender) FollowRules(messageId, sender, params);
+    return noErr;
+}
+
+void RecordActivate(void)
+{
+    Log("activate");
+}
+
+} // namespace
+
+int VeskPartner(int argc, char **argv)
+{
+    const char *rulesPath = nullptr, *logPath = nullptr;
+    for (int i = 0; i < argc; i++) {
+        bool hasValue = i + 1 < argc;
+        if (!strcmp(argv[i], "--as") && hasValue) {
+            if (!ParseCode(argv[++i], &gSelf)) {
+                fprintf(stderr, "vesk partner: \"%s\" is not a signature\n", argv[i]);
+                return 2;
+            }
+        } else if (!strcmp(argv[i], "--rules") && hasValue) {
+            rulesPath = argv[++i];
+        } else if (!strcmp(argv[i], "--log") && hasValue) {
+            logPath = argv[++i];
+        } else if (!strcmp(argv[i], "--name") && hasValue) {
+            gName = argv[++i];
+        } else if (argv[i][0] != '-' && gDocument.empty()) {
+            gDocument = argv[i];
+        } else {
+            fprintf(stderr, "vesk partner: unexpected argument \"%s\"\n", argv[i]);
+            return 2;
+        }
+    }
+    if (!gSelf) {
+        fputs("vesk partner: --as SIG is required\n", stderr);
+        return 2;
+    }
+    std::string error;
+    if (rulesPath && !ReadRules(rulesPath, &gRules, &error)) {
+        fprintf(stderr, "vesk partner: %s: %s\n", rulesPath, error.c_str());
+        return 2;
+    }
+    gLog = logPath ? fopen(logPath, "a") : stdout;
+    if (!gLog) {
+        fprintf(stderr, "vesk partner: cannot write %s\n", logPath);
+        return 2;
+    }
+    AEInstallEventHandler(typeWildCard, typeWildCard, HandleEvent, 0, false);
+    PlatformSetActivateHandler(RecordActivate);
+    if (!OwnSignature(gSelf)) return 1;
+    Log("start " + CodeText(gSelf) + " pid " + std::to_string(getpid()));
+    if (!gDocument.empty()) Log("document " + gDocument);
+    RunUntilSignalled();
+    Log("stop");
+    if (gLog != stdout) fclose(gLog);
+    return 0;
+}

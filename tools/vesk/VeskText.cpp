@@ -1,0 +1,91 @@
+/*
+ * VeskText.cpp: four-character codes and texts for vesk: parsing codes and KEY=VALUE
+ * arguments, Mac Roman <-> UTF-8, and the visible form of texts (TAB, CR shown).
+ */
+#include "Vesk.h"
+
+#include "platform/Toolbox.h"
+
+bool ParseCode(const std::string &text, OSType *code)
+{
+    std::string roman = ToMacRoman(text);
+    if (roman.empty() || roman.size() > 4) return false;
+    while (roman.size() < 4) roman += ' ';
+    *code = FOUR_CHAR(roman[0], roman[1], roman[2], roman[3]);
+    return true;
+}
+
+std::string CodeText(OSType code)
+{
+    char bytes[4] = {(char)(code >> 24), (char)(code >> 16), (char)(code >> 8), (char)code};
+    for (char &c : bytes)
+        if (!c) c = '?';
+    return ToUTF8(std::string(bytes, 4));
+}
+
+std::string ToMacRoman(const std::string &utf8)
+{
+    std::string out(utf8.size() + 1, '\0');
+    int32_t len = PlatformUTF8ToMacRoman(utf8.data(), (int32_t)utf8.size(), &out[0], (int32_t)out.size(), nullptr);
+    out.resize(len < 0 ? 0 : len);
+    return out;
+}
+
+std::string ToUTF8(const std::string &macRoman)
+{
+    std::string out(macRoman.size() * 3 + 1, '\0');
+    int32_t len = PlatformMacRomanToUTF8(macRoman.data(), (int32_t)macRoman.size(), &out[0], (int32_t)out.size());
+    out.resize(len < 0 ? 0 : len);
+    return out;
+}
+
+std::string VisibleText(const std::string &macRoman)
+{
+    std::string escaped;
+    for (unsigned char c : macRoman) {
+        switch (c) {
+        case '\t': escaped += "\\t"; break;
+        case '\r': escaped += "\\r"; break;
+        case '\n': escaped += "\\n"; break;
+        case '\\': escaped += "\\\\"; break;
+        case '"': escaped += "\\\""; break;
+        default:
+            if (c < 0x20 || c == 0x7F) {
+                char hex[8];
+                snprintf(hex, sizeof hex, "\\x%02X", c);
+                escaped += hex;
+            } else {
+                escaped += (char)c;
+            }
+        }
+    }
+    return ToUTF8(escaped);
+}
+
+std::string UnescapeText(const std::string &text)
+{
+    std::string out;
+    for (size_t i = 0; i < text.size(); i++) {
+        if (text[i] != '\\' || i + 1 >= text.size()) {
+            out += text[i];
+            continue;
+        }
+        char next = text[++i];
+        switch (next) {
+        case 't': out += '\t'; break;
+        case 'r': out += '\r'; break;
+        case 'n': out += '\n'; break;
+        default: out += next; break;
+        }
+    }
+    return out;
+}
+
+bool ParseAssignment(const std::string &text, VeskParam *param)
+{
+    size_t equals = text.find('=');
+    if (equals == std::string::npos || !ParseCode(text.substr(0, equals), &param->keyword)) return false;
+    param->type = typeChar;
+    param->data = ToMacRoman(UnescapeText(text.substr(equals + 1)));
+    return true;
+}
