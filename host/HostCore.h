@@ -30,6 +30,9 @@ long HostMemoryLeakReport(FILE *out);
 FMX_Handle HostNewTextHandle(const std::string &bytes);
 std::string HostHandleBytes(FMX_Handle h);
 void HostDisposeHandle(FMX_Handle h);
+/* While a handle is marked, the plug-in disposing of it is a fatal misuse (HostCallRaw
+ * marks the argument and result handles for the length of the call). */
+void HostMarkHandleInCall(FMX_Handle h, bool inCall);
 
 /* ---- Calling a plug-in ---- */
 struct HostPlugin {

@@ -23,7 +23,8 @@ struct HostBlock {
     char *data;             /* the master pointer: must stay the first member */
     int32_t size;
     int32_t lockCount;
-    bool hostOwned;         /* made by the host for an argument or a result */
+    bool hostOwned;         /* made by the host (arguments, results): not the plug-in's leak */
+    bool inCall;            /* the argument or result of the call under way */
     long serial;            /* allocation order, for a stable leak report */
 };
 
@@ -102,6 +103,7 @@ FMX_Handle MakeHandle(int32_t size, bool hostOwned)
     block->size = size;
     block->lockCount = 0;
     block->hostOwned = hostOwned;
+    block->inCall = false;
     block->serial = ++gHostSerial;
     FMX_Handle h = &block->data;
     gHostHandles[h] = block;
@@ -162,8 +164,8 @@ void CallbackDisposeHandle(FMX_Handle h)
     if (!h)
         return;
     HostBlock *block = FindBlock(h, "disposeHandle of an unknown handle");
-    if (block->hostOwned)
-        HostMemoryFatal("the plug-in disposed a handle the host owns", h);
+    if (block->inCall)
+        HostMemoryFatal("the plug-in disposed the argument or result handle of the call under way", h);
     ReleaseHandle(h, block);
 }
 
@@ -305,6 +307,13 @@ FMX_Handle HostNewTextHandle(const std::string &bytes)
     if (!bytes.empty())
         memcpy(*h, bytes.data(), bytes.size());
     return h;
+}
+
+void HostMarkHandleInCall(FMX_Handle h, bool inCall)
+{
+    auto it = h ? gHostHandles.find(h) : gHostHandles.end();
+    if (it != gHostHandles.end())
+        it->second->inCall = inCall;
 }
 
 std::string HostHandleBytes(FMX_Handle h)

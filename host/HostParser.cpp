@@ -19,7 +19,10 @@ struct Cursor {
     size_t at;
     const HostPlugin *plugin;
     HostError *error;
+    int depth;
 };
+
+const int kMaxNesting = 200;   /* parentheses and calls inside one another */
 
 const HostToken &Peek(Cursor *c, size_t ahead = 0)
 {
@@ -115,7 +118,19 @@ bool ParseCall(Cursor *c, const HostToken &name, HostExpr *out)
     return true;
 }
 
+bool ParseTermNested(Cursor *c, HostExpr *out);
+
 bool ParseTerm(Cursor *c, HostExpr *out)
+{
+    if (c->depth >= kMaxNesting)
+        return Fail(c, Peek(c), "expected fewer than 200 nested calls and parentheses");
+    c->depth++;
+    bool ok = ParseTermNested(c, out);
+    c->depth--;
+    return ok;
+}
+
+bool ParseTermNested(Cursor *c, HostExpr *out)
 {
     const HostToken &t = Peek(c);
     out->line = c->line;
@@ -490,7 +505,7 @@ bool HostParseLine(HostParser *parser, int line, const std::string &source, Host
         return false;
     if (tokens.size() == 1)
         return true;   /* blank or comment */
-    Cursor c{&parser->file, line, &tokens, 0, parser->plugin, error};
+    Cursor c{&parser->file, line, &tokens, 0, parser->plugin, error, 0};
     HostProgram *program = parser->program;
     const HostToken &first = Peek(&c);
     if (IsWord(first, "Script") && Peek(&c, 1).kind == kTokString) {
@@ -572,6 +587,6 @@ bool HostParseCalculation(const std::string &file, int line, const std::string &
     std::vector<HostToken> tokens;
     if (!HostLexLine(file, line, source, &tokens, error))
         return false;
-    Cursor c{&file, line, &tokens, 0, plugin, error};
+    Cursor c{&file, line, &tokens, 0, plugin, error, 0};
     return ParseExpr(&c, expr) && ExpectEnd(&c);
 }

@@ -49,6 +49,8 @@ void ReadFunctionNames(HostPlugin *plugin)
 int HostLoadPlugin(const char *path, HostPlugin *plugin, std::string *error)
 {
     std::string where = path && *path ? std::string(path) : DefaultPluginPath();
+    if (where.find('/') == std::string::npos)
+        where = "./" + where;   /* a bare name means this folder, not the library path */
     void *library = dlopen(where.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) {
         if (error)
@@ -106,8 +108,12 @@ int32_t HostCallRaw(HostPlugin *plugin, uint8_t whichCall, int16_t hostVersion, 
         block.result.handle = resultHandle;
     else
         block.result.value = 0;
+    HostMarkHandleInCall(parm3, true);
+    HostMarkHandleInCall(resultHandle, true);
     if (plugin->entry)
         plugin->entry(&block);
+    HostMarkHandleInCall(parm3, false);
+    HostMarkHandleInCall(resultHandle, false);
     return resultHandle ? 0 : block.result.value;
 }
 

@@ -98,6 +98,9 @@ TEST_F(HostLanguage, ErrorsNameLineAndColumn)
     EXPECT_EQ(Calc("\"ab¶世\""), "ERROR 1:5: the character U+4E16 has no Mac Roman form")
         << "the column counts characters, not bytes";
     EXPECT_EQ(Calc("1 ~ 2"), "ERROR 1:3: unexpected character \"~\"");
+    EXPECT_EQ(Calc(std::string(150, '(') + "\"deep\"" + std::string(150, ')')), "deep");
+    EXPECT_EQ(Calc(std::string(100000, '(')), "ERROR 1:201: expected fewer than 200 nested calls and parentheses")
+        << "deep nesting is refused, not a stack overflow";
 
     EXPECT_EQ(ParseError("\n\n  Show [ FakeEcho(\"x\" ]"), "f.fmh:3:23: expected ; or ) in the call of FakeEcho");
     EXPECT_EQ(ParseError("Script \"A\"\n1\n"), "f.fmh:1:1: expected End Script for script \"A\"");

@@ -150,13 +150,25 @@ TEST(HostMemoryDeathTest, MisuseIsFatal)
 {
     FMX_ExternCallBlock b = MakeBlock();
     FMX_Handle arg = HostNewTextHandle("x");
-    EXPECT_DEATH(b.disposeHandle(arg), "host owns");
+    HostMarkHandleInCall(arg, true);
+    EXPECT_DEATH(b.disposeHandle(arg), "argument or result handle");
+    HostMarkHandleInCall(arg, false);
     FMX_Handle h = b.newHandle(1);
     b.disposeHandle(h);
     EXPECT_DEATH(b.getHandleSize(h), "unknown handle");
     int local = 0;
     EXPECT_DEATH(b.disposePointer(&local), "unknown pointer");
     HostDisposeHandle(arg);
+}
+
+TEST(HostMemory, HostHandlesMayBeDisposedOutsideACall)
+{
+    FMX_ExternCallBlock b = MakeBlock();
+    long before = HostMemoryLiveHandles();
+    FMX_Handle value = HostNewTextHandle("given to the plug-in");
+    EXPECT_EQ(HostMemoryLiveHandles(), before);
+    b.disposeHandle(value);
+    EXPECT_EQ(HostMemoryLiveHandles(), before);
 }
 
 }  // namespace
