@@ -1,0 +1,407 @@
+/*
+ * test_dbus_events.cpp: the event and process services on a real bus: a private
+ * dbus-daemon per test, vesk as the other application. Covers name ownership and the
+ * process list kept from NameOwnerChanged, an event round trip between two processes,
+ * an event from busctl (a client that is not ours) with non-ASCII text, launching with
+ * a document and its time limit, Activate, refusing oversized events, and a bus that
+ * goes away and comes back.
+ */
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <spawn.h>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "platform/AppleEvents.h"
+#include "platform/EventService.h"
+#include "platform/Processes.h"
+#include "platform/TestBus.h"
+#include "platform/Toolbox.h"
+
+extern char **environ;
+
+namespace {
+
+const OSType kSelf = FOUR_CHAR('F', 'M', 'P', '7');
+const OSType kTopolux = FOUR_CHAR('T', 'P', 'X', '1');
+const OSType kVesk = FOUR_CHAR('V', 'E', 'S', 'K');
+const OSType kAevt = FOUR_CHAR('A', 'E', 'V', 'T');
+const OSType kKeyMSSG = FOUR_CHAR('M', 'S', 'S', 'G');
+
+struct Param {
+    OSType keyword;
+    std::string data;
+};
+struct Got {
+    OSType sender;
+    std::vector<Param> params;
+};
+std::vector<Got> gGot;
+OSErr gHandlerResult = noErr;
+
+OSErr Collect(const AppleEvent *event, AppleEvent *, intptr_t)
+{
+    Got got{0, {}};
+    DescType type;
+    int32_t size;
+    AEGetAttributePtr(event, keyOriginalAddressAttr, typeWildCard, &type, &got.sender, 4, &size);
+    for (int32_t i = 1;; i++) {
+        Param p;
+        if (PlatformEventGetNthParam(event, i, &p.keyword, &type, nullptr, 0, &size)) break;
+        p.data.resize(size);
+        PlatformEventGetNthParam(event, i, &p.keyword, &type, size ? &p.data[0] : nullptr, size, &size);
+        got.params.push_back(p);
+    }
+    gGot.push_back(got);
+    return gHandlerResult;
+}
+
+std::string Text(const Got &got, OSType keyword)
+{
+    for (const Param &p : got.params)
+        if (p.keyword == keyword) return p.data;
+    return "<missing>";
+}
+
+pid_t Spawn(const std::vector<std::string> &args, const std::string &out = "")
+{
+    std::vector<char *> argv;
+    std::vector<std::string> copy = args;
+    for (std::string &a : copy) argv.push_back(&a[0]);
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (!out.empty()) posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_t pid = -1;
+    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) pid = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+std::string ReadFile(const std::string &path)
+{
+    std::ifstream in(path);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+/* Runs the event loop until done() holds; gives up after many rounds (the bound only
+ * keeps a broken build from hanging; nothing is measured). */
+bool PumpUntil(const std::function<bool()> &done)
+{
+    for (int round = 0; round < 400; round++) {
+        if (done()) return true;
+        PlatformEventWait(50);
+    }
+    return done();
+}
+
+bool FindProcess(OSType signature, ProcessSerialNumber *found, ProcessInfoRec *info, FSSpec *spec)
+{
+    ProcessSerialNumber psn{0, kNoProcess};
+    while (GetNextProcess(&psn) == noErr) {
+        memset(info, 0, sizeof *info);
+        info->processInfoLength = 60;
+        info->processAppSpec = spec;
+        if (GetProcessInformation(&psn, info) == noErr && info->processSignature == signature) {
+            *found = psn;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Running(OSType signature)
+{
+    ProcessSerialNumber psn;
+    ProcessInfoRec info;
+    FSSpec spec;
+    return FindProcess(signature, &psn, &info, &spec);
+}
+
+OSErr SendText(OSType to, std::vector<Param> params, int32_t mode = kAENoReply)
+{
+    AEAddressDesc target;
+    AECreateDesc(typeApplSignature, &to, 4, &target);
+    AppleEvent event, reply;
+    AECreateAppleEvent(kVesk, kAevt, &target, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    for (const Param &p : params) AEPutParamPtr(&event, p.keyword, typeChar, p.data.data(), (int32_t)p.data.size());
+    OSErr err = AESend(&event, &reply, mode, kAENormalPriority, kNoTimeOut, nullptr, nullptr);
+    AEDisposeDesc(&reply);
+    AEDisposeDesc(&event);
+    AEDisposeDesc(&target);
+    return err;
+}
+
+OSErr SpecFor(const std::string &posix, FSSpec *spec)
+{
+    char classic[1024];
+    OSErr err = PlatformPOSIXPathToClassic(posix.c_str(), classic, sizeof classic);
+    if (err) return err;
+    Str255 name;
+    name[0] = (unsigned char)strlen(classic);
+    memcpy(name + 1, classic, name[0]);
+    err = FSMakeFSSpec(0, 0, name, spec);
+    return err == fnfErr ? (OSErr)noErr : err;
+}
+
+class DBusEvents : public ::testing::Test {
+protected:
+    std::string dir;
+    pid_t daemon = -1;
+    std::vector<pid_t> children;
+
+    void StartDaemon(const std::string &socket)
+    {
+        std::string addressFile = dir + "/address";
+        unlink(addressFile.c_str());
+        daemon = Spawn({"dbus-daemon", "--session", "--nofork", "--print-address=1",
+                        "--address=unix:path=" + dir + "/" + socket},
+                       addressFile);
+        ASSERT_GT(daemon, 0);
+        std::string address;
+        for (int i = 0; i < 500 && address.find('\n') == std::string::npos; i++) {
+            usleep(10000);
+            address = ReadFile(addressFile);
+        }
+        ASSERT_NE(std::string::npos, address.find('\n'));
+        setenv("DBUS_SESSION_BUS_ADDRESS", address.substr(0, address.find('\n')).c_str(), 1);
+    }
+    void StopDaemon()
+    {
+        if (daemon > 0) {
+            kill(daemon, SIGTERM);
+            waitpid(daemon, nullptr, 0);
+        }
+        daemon = -1;
+    }
+    void SetUp() override
+    {
+        char templ[] = "/tmp/platbus-dbusXXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(templ));
+        dir = templ;
+        StartDaemon("bus");
+        PlatformBusUseDBus();
+        gGot.clear();
+        gHandlerResult = noErr;
+        ASSERT_EQ(noErr, AEInstallEventHandler(kVesk, kAevt, Collect, 0, false));
+        PlatformSetProcessSignature(kSelf);
+        ASSERT_TRUE(PlatformBusOwnsSignatureName());
+    }
+    void TearDown() override
+    {
+        for (pid_t child : children) {
+            kill(child, SIGTERM);
+            waitpid(child, nullptr, 0);
+        }
+        AERemoveEventHandler(kVesk, kAevt, nullptr, false);
+        PlatformSetProcessSignature(0);
+        PlatformBusClose();
+        StopDaemon();
+        unsetenv("DBUS_SESSION_BUS_ADDRESS");
+        unsetenv("TPX1_LAUNCH_TIMEOUT_MS");
+        std::string rm = "rm -rf '" + dir + "'";
+        (void)system(rm.c_str());
+    }
+    pid_t StartVesk(const std::vector<std::string> &args)
+    {
+        std::vector<std::string> all = {VESK_PATH};
+        all.insert(all.end(), args.begin(), args.end());
+        pid_t pid = Spawn(all);
+        if (pid > 0) children.push_back(pid);
+        return pid;
+    }
+};
+
+TEST_F(DBusEvents, NamesMakeTheProcessListAndARoundTripWorks)
+{
+    std::string log = dir + "/partner.log";
+    pid_t partner = StartVesk({"partner", "--as", "TPX1", "--name", "TOPOLUX", "--log", log});
+    ASSERT_GT(partner, 0);
+    ASSERT_TRUE(PumpUntil([] { return Running(kTopolux); }));
+
+    ProcessSerialNumber psn;
+    ProcessInfoRec info;
+    FSSpec spec;
+    ASSERT_TRUE(FindProcess(kTopolux, &psn, &info, &spec));
+    EXPECT_EQ(partner, info.processPID);
+    char path[1024];
+    ASSERT_EQ(noErr, FSpGetPOSIXPath(&spec, path, sizeof path));
+    char real[1024];
+    ASSERT_NE(nullptr, realpath(VESK_PATH, real));
+    EXPECT_STREQ(real, path);
+    /* This process is listed too, as itself. */
+    ProcessSerialNumber self, first{0, kNoProcess};
+    ASSERT_EQ(noErr, GetNextProcess(&first));
+    GetCurrentProcess(&self);
+    Boolean same = false;
+    SameProcess(&first, &self, &same);
+    EXPECT_TRUE(same);
+
+    /* HOLA out, OKHI back: a message event each way, parameters in order. */
+    ASSERT_EQ(noErr, SendText(kTopolux, {{kKeyMSSG, "HOLA"}, {FOUR_CHAR('S', 'I', 'G', 'N'), "FMP7"},
+                                         {FOUR_CHAR('L', 'S', 'T', '2'), "a\tb\rc\xA5"}}));
+    ASSERT_TRUE(PumpUntil([] { return !gGot.empty(); }));
+    ASSERT_EQ(1u, gGot.size());
+    EXPECT_EQ(kTopolux, gGot[0].sender);
+    ASSERT_GE(gGot[0].params.size(), 8u);
+    const char *order[] = {"MSSG", "SIGN", "PSIG", "XTRA", "NAME", "PATH", "VERS", "DOC "};
+    for (int i = 0; i < 8; i++)
+        EXPECT_EQ(FOUR_CHAR(order[i][0], order[i][1], order[i][2], order[i][3]), gGot[0].params[i].keyword);
+    EXPECT_EQ("OKHI", Text(gGot[0], kKeyMSSG));
+    EXPECT_EQ("TPX1", Text(gGot[0], FOUR_CHAR('S', 'I', 'G', 'N')));
+    EXPECT_EQ("TOPOLUX", Text(gGot[0], FOUR_CHAR('N', 'A', 'M', 'E')));
+    EXPECT_EQ("", Text(gGot[0], FOUR_CHAR('X', 'T', 'R', 'A')));
+    /* The partner saw our text exactly (bullet 0xA5 in Mac Roman is U+2022). */
+    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("sent OKHI") != std::string::npos; }));
+    EXPECT_NE(std::string::npos,
+              ReadFile(log).find("event VESK/AEVT from FMP7\tMSSG=HOLA\tSIGN=FMP7\tLST2=a\\tb\\rc\xE2\x80\xA2\n"));
+
+    /* Too large an event is refused before sending; the connection stays. */
+    std::string huge(65u * 1024u * 1024u, 'x');
+    EXPECT_EQ(paramErr, SendText(kTopolux, {{kKeyMSSG, "BIG!"}, {FOUR_CHAR('T', 'E', 'X', 'T'), huge}}));
+    huge.clear();
+    huge.shrink_to_fit();
+    EXPECT_TRUE(PlatformBusOwnsSignatureName());
+    /* Waiting for an answer gets the partner handler's result (noErr: no error number). */
+    EXPECT_EQ(noErr, SendText(kTopolux, {{kKeyMSSG, "BYE "}}, kAEWaitReply));
+    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("MSSG=BYE ") != std::string::npos; }));
+
+    /* SetFrontProcess of another application calls its Activate. */
+    ASSERT_EQ(noErr, SetFrontProcess(&psn));
+    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("\nactivate\n") != std::string::npos; }));
+
+    /* The partner ends: the table follows NameOwnerChanged and sends fail. */
+    kill(partner, SIGTERM);
+    waitpid(partner, nullptr, 0);
+    children.clear();
+    ASSERT_TRUE(PumpUntil([] { return !Running(kTopolux); }));
+    EXPECT_EQ(procNotFound, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
+}
+
+TEST_F(DBusEvents, ABusctlClientDeliversAnEventExactly)
+{
+    gHandlerResult = 7;
+    std::string out = dir + "/busctl.out";
+    pid_t client = Spawn({"busctl", "--user", "call", "org.vesk.App.s464d5037", "/org/vesk/App",
+                          "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK", "AEVT", "NMB5", "3", "MSSG", "TEXT",
+                          "s", "CPT!", "LAT ", "TEXT", "s", "Zürich – 47°\t8", "DATA", "blob", "ay", "2", "0",
+                          "255"},
+                         out);
+    ASSERT_GT(client, 0);
+    ASSERT_TRUE(PumpUntil([] { return !gGot.empty(); }));
+    int status = 0;
+    waitpid(client, &status, 0);
+    ASSERT_EQ(1u, gGot.size());
+    EXPECT_EQ(FOUR_CHAR('N', 'M', 'B', '5'), gGot[0].sender);
+    ASSERT_EQ(3u, gGot[0].params.size());
+    EXPECT_EQ("CPT!", gGot[0].params[0].data);
+    /* Mac Roman: u-umlaut 0x9F, en dash 0xD0, degree sign 0xA1. */
+    EXPECT_EQ(std::string("Z\x9Frich \xD0 47\xA1\t8"), gGot[0].params[1].data);
+    EXPECT_EQ(std::string("\0\xFF", 2), gGot[0].params[2].data);
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_EQ("i 7\n", ReadFile(out));
+}
+
+TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
+{
+    std::string app = dir + "/TOPOLUX", doc = dir + "/City map.map", log = dir + "/partner.log";
+    std::ofstream(app) << "#!/bin/sh\nexec '" VESK_PATH "' partner --as TPX1 --log '" << log << "' \"$@\"\n";
+    chmod(app.c_str(), 0755);
+    std::ofstream(doc) << "map\n";
+
+    FSSpec appSpec, docSpec;
+    ASSERT_EQ(noErr, SpecFor(app, &appSpec));
+    ASSERT_EQ(noErr, SpecFor(doc, &docSpec));
+    AEAddressDesc target;
+    AECreateDesc(typeApplSignature, &kTopolux, 4, &target);
+    AppleEvent odoc;
+    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID, 0, &odoc);
+    AEPutParamPtr(&odoc, keyDirectObject, typeFSS, &docSpec, sizeof docSpec);
+    AEDesc parameters;
+    ASSERT_EQ(noErr, AECoerceDesc(&odoc, typeAppParameters, &parameters));
+
+    LaunchParamBlockRec block;
+    memset(&block, 0, sizeof block);
+    block.launchBlockID = extendedBlock;
+    block.launchEPBLength = extendedBlockLen;
+    block.launchControlFlags = launchContinue + launchDontSwitch + launchNoFileFlags;
+    block.launchAppSpec = &appSpec;
+    block.launchAppParameters = (AppParameters *)parameters.dataHandle;
+    ASSERT_EQ(noErr, LaunchApplication(&block));
+    ProcessInfoRec info;
+    memset(&info, 0, sizeof info);
+    info.processInfoLength = 60;
+    ASSERT_EQ(noErr, GetProcessInformation(&block.launchProcessSN, &info));
+    EXPECT_EQ(kTopolux, info.processSignature);
+    children.push_back(info.processPID);
+    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("document " + doc + "\n") != std::string::npos; }));
+
+    /* A running application gets the document as an open-document event with a file URL. */
+    ASSERT_EQ(noErr, AESend(&odoc, nullptr, 0x31, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr));
+    ASSERT_TRUE(PumpUntil([&] {
+        return ReadFile(log).find("event aevt/odoc from FMP7\t----=file://" + dir + "/City%20map.map") !=
+               std::string::npos;
+    }));
+    AEDisposeDesc(&parameters);
+    AEDisposeDesc(&odoc);
+    AEDisposeDesc(&target);
+
+    /* A program that never joins the bus, and one that ends at once: errors, no hang. */
+    setenv("TPX1_LAUNCH_TIMEOUT_MS", "300", 1);
+    std::string silent = dir + "/silent", quitter = dir + "/quitter";
+    std::ofstream(silent) << "#!/bin/sh\nsleep 2\n";
+    std::ofstream(quitter) << "#!/bin/sh\nexit 0\n";
+    chmod(silent.c_str(), 0755);
+    chmod(quitter.c_str(), 0755);
+    for (const std::string &path : {silent, quitter}) {
+        FSSpec spec;
+        ASSERT_EQ(noErr, SpecFor(path, &spec));
+        LaunchParamBlockRec plain;
+        memset(&plain, 0, sizeof plain);
+        plain.launchBlockID = extendedBlock;
+        plain.launchAppSpec = &spec;
+        EXPECT_EQ(procNotFound, LaunchApplication(&plain)) << path;
+    }
+    FSSpec missing;
+    ASSERT_EQ(noErr, SpecFor(dir + "/nothing", &missing));
+    LaunchParamBlockRec none;
+    memset(&none, 0, sizeof none);
+    none.launchAppSpec = &missing;
+    EXPECT_EQ(fnfErr, LaunchApplication(&none));
+}
+
+TEST_F(DBusEvents, ALostBusFailsSendsAndAHandlerInstallReconnects)
+{
+    pid_t listener = StartVesk({"listen", "--as", "TPX1"});
+    ASSERT_GT(listener, 0);
+    ASSERT_TRUE(PumpUntil([] { return Running(kTopolux); }));
+    StopDaemon();
+    AEProcessEvents();
+    EXPECT_EQ(connectionInvalid, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
+    EXPECT_EQ(-1, AEGetEventFD());
+    /* In-process events still work without a bus. */
+    EXPECT_EQ(noErr, SendText(kSelf, {{kKeyMSSG, "SELF"}}));
+    EXPECT_EQ(1, AEProcessEvents());
+    ASSERT_EQ(1u, gGot.size());
+
+    StartDaemon("bus2");
+    EXPECT_EQ(connectionInvalid, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
+    ASSERT_EQ(noErr, AEInstallEventHandler(kVesk, kAevt, Collect, 0, false));
+    EXPECT_GE(AEGetEventFD(), 0);
+    EXPECT_TRUE(PlatformBusOwnsSignatureName());
+    EXPECT_EQ(procNotFound, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
+}
+
+} // namespace
