@@ -1,0 +1,529 @@
+/*
+ * Harness.cpp: the plug-in under test for fuzzing, the sweeps and the replays (see
+ * Harness.h): the private folder, the reset of process-wide state, the checks, path
+ * confinement and the incoming-event builder.
+ */
+#include "fuzz/Harness.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "files/Paths.h"
+#include "iac/Iac.h"
+#include "platform/Faults.h"
+#include "platform/Files.h"
+#include "platform/Processes.h"
+#include "platform/TestBus.h"
+#include "platform/Toolbox.h"
+#include "plugin/Plugin.h"
+#include "store/DataNode.h"
+#include "store/MessageLists.h"
+#include "text/TextHandles.h"
+
+/* ---- FuzzInput ---- */
+
+uint8_t FuzzInput::Byte()
+{
+    return pos_ < size_ ? data_[pos_++] : 0;
+}
+
+uint32_t FuzzInput::Quad()
+{
+    uint32_t value = 0;
+    for (int i = 0; i < 4; i++)
+        value = (value << 8) | Byte();
+    return value;
+}
+
+std::string FuzzInput::Bytes(size_t count)
+{
+    size_t available = pos_ < size_ ? size_ - pos_ : 0;
+    if (count > available)
+        count = available;
+    std::string bytes(reinterpret_cast<const char *>(data_ + pos_), count);
+    pos_ += count;
+    return bytes;
+}
+
+std::string FuzzInput::Text()
+{
+    size_t length = Byte();
+    if (length >= 0xF0)
+        length = ((length & 0x0F) << 8) | Byte();
+    return Bytes(length);
+}
+
+std::string FuzzInput::Rest()
+{
+    return Bytes(size_ > pos_ ? size_ - pos_ : 0);
+}
+
+/* ---- The private folder ---- */
+
+namespace {
+
+const char *const kStandardEntries[] = {"Apps", "Applications", "Data1", "Data2"};
+
+std::string gRootPosix;
+std::string gRootClassic;
+FMX_ExternCallBlock gStandingBlock;
+HostPlugin gPlugin;
+bool gPluginReady = false;
+
+void RemoveRootAtExit()
+{
+    std::error_code ignored;
+    if (!gRootPosix.empty())
+        std::filesystem::remove_all(gRootPosix, ignored);
+}
+
+void MakeStandardLayout()
+{
+    std::error_code ignored;
+    for (const char *entry : kStandardEntries)
+        std::filesystem::create_directories(gRootPosix + "/" + entry, ignored);
+    if (!std::filesystem::exists(gRootPosix + "/Apps/FakeHost", ignored))
+        HarnessWriteFile("Apps/FakeHost", "");
+}
+
+void EnsureRoot()
+{
+    if (!gRootPosix.empty())
+        return;
+    char pattern[] = "/tmp/tpx1-harness-XXXXXX";
+    if (!mkdtemp(pattern))
+        HarnessFail("cannot make the private folder", pattern);
+    gRootPosix = pattern;
+    char classic[1024];
+    if (PlatformPOSIXPathToClassic(gRootPosix.c_str(), classic, sizeof classic) != noErr)
+        HarnessFail("cannot name the private folder as a classic path", gRootPosix);
+    gRootClassic = classic;
+    while (!gRootClassic.empty() && gRootClassic.back() == ':')
+        gRootClassic.pop_back();
+    atexit(RemoveRootAtExit);
+    MakeStandardLayout();
+}
+
+/* Removes whatever earlier runs left in the private folder: everything but the standard
+ * folders at the top, and everything inside Apps but the host application. */
+void TidyRoot()
+{
+    std::error_code ignored;
+    for (const auto &entry : std::filesystem::directory_iterator(gRootPosix, ignored)) {
+        std::string name = entry.path().filename().string();
+        bool standard = false;
+        for (const char *keep : kStandardEntries)
+            standard = standard || name == keep;
+        if (!standard)
+            std::filesystem::remove_all(entry.path(), ignored);
+    }
+    for (const char *folder : kStandardEntries) {
+        for (const auto &entry : std::filesystem::directory_iterator(gRootPosix + "/" + folder, ignored)) {
+            if (std::string(folder) == "Apps" && entry.path().filename() == "FakeHost")
+                continue;
+            std::filesystem::remove_all(entry.path(), ignored);
+        }
+    }
+    MakeStandardLayout();
+}
+
+}  // namespace
+
+const std::string &HarnessRootPosix()
+{
+    EnsureRoot();
+    return gRootPosix;
+}
+
+const std::string &HarnessRootClassic()
+{
+    EnsureRoot();
+    return gRootClassic;
+}
+
+std::string HarnessPosix(const std::string &relative)
+{
+    return HarnessRootPosix() + "/" + relative;
+}
+
+std::string HarnessClassic(const std::string &relative)
+{
+    std::string path = HarnessRootClassic() + ":" + relative;
+    for (size_t i = HarnessRootClassic().size(); i < path.size(); i++)
+        if (path[i] == '/')
+            path[i] = ':';
+    return path;
+}
+
+void HarnessWriteFile(const std::string &relative, const std::string &bytes)
+{
+    std::ofstream out(HarnessPosix(relative), std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string HarnessReadFile(const std::string &relative)
+{
+    std::ifstream in(HarnessPosix(relative), std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+void HarnessRemoveFile(const std::string &relative)
+{
+    std::error_code ignored;
+    std::filesystem::remove(HarnessPosix(relative), ignored);
+}
+
+/* ---- Process state ---- */
+
+void HarnessUseStandingBlock()
+{
+    HostMemoryInstall(&gStandingBlock);
+    gFMX_ExternCallPtr = &gStandingBlock;
+}
+
+HostPlugin *HarnessPlugin()
+{
+    if (!gPluginReady) {
+        gPlugin.entry = RunHostCall;
+        gPlugin.library = nullptr;
+        gPlugin.resFileRef = -1;
+        gPlugin.path = "(linked in)";
+        gPluginReady = true;
+    }
+    return &gPlugin;
+}
+
+int HarnessDrainEvents()
+{
+    HarnessUseStandingBlock();
+    int total = 0;
+    for (int round = 0; round < 64; round++) {
+        int32_t n = AEProcessEvents();
+        if (n <= 0)
+            break;
+        total += n;
+    }
+    return total;
+}
+
+int HarnessOpenFileCount()
+{
+    int count = 0;
+    for (int16_t refNum = 1; refNum <= 348; refNum++) {
+        int32_t length;
+        if (GetEOF(refNum, &length) == noErr)
+            count++;
+    }
+    return count;
+}
+
+void HarnessCloseOpenFiles()
+{
+    for (int16_t refNum = 1; refNum <= 348; refNum++)
+        FSClose(refNum);
+}
+
+std::vector<std::string> HarnessTakeDialogs()
+{
+    std::vector<std::string> texts;
+    for (int32_t i = 0; i < PlatformDialogRecordedCount(); i++) {
+        const DialogSpec *spec = PlatformDialogRecorded(i);
+        texts.push_back(spec && spec->text ? spec->text : "");
+    }
+    PlatformDialogClearRecord();
+    return texts;
+}
+
+void HarnessResetProcess(uint32_t clockStep)
+{
+    EnsureRoot();
+    HostMemorySetFailure(0, kHostFailOff);
+    PlatformFaultClear(nullptr);
+    PlatformDialogUseRecorder();
+    PlatformDialogClearRecord();
+    PlatformBusUseMemory();
+    PlatformSetProcessSignature(kHarnessHostSignature);
+    PlatformMemoryBusSetLaunchSignature(0);
+    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
+    HarnessDrainEvents();
+    PlatformClockUseManual(1000, clockStep);
+    setenv("TPX1_APP_PATH", HarnessPosix("Apps/FakeHost").c_str(), 1);
+    setenv("TPX1_APPLICATIONS_FOLDER", HarnessPosix("Applications").c_str(), 1);
+    HarnessCloseOpenFiles();
+    TidyRoot();
+
+    ResetIacState();
+    ResetPathState();
+    memset(gDeferredScript, 0, sizeof gDeferredScript);
+    gLastSentDoScriptTicks = 0;
+    gIdleReentryGuard = 0;
+    gDeferredInitDone = 0;
+    ClearOutputCodes();
+    gNameOfGlobalThatTriggeredScript[0] = 0;
+    gLastSetParameterCallTicks = 0;
+    gLastGetParameterCallTicks = 0;
+    gLastGetNextMessageCallTicks = 0;
+    gHaveSendDoScriptAndWaitingForGetNextMessage = 0;
+    gHaveGottenAnIncomingMessageButNotClearedIt = 0;
+    HarnessUseStandingBlock();
+}
+
+/* ---- Checks ---- */
+
+const char *const kReservedGlobalNames[10] = {
+    "App Name",       "App Path",         "App Folder with Delim", "Error Dialogs", "Handle Message Script",
+    "Plugin Version", "Script Menu Name", "App Signature",         "App PSIG",      "App DOC"};
+
+namespace {
+
+std::string ListProblems(const DataNode *head, const std::string &listName)
+{
+    std::set<std::string> names;
+    long count = 0;
+    for (const DataNode *node = head; node; node = node->next) {
+        std::string where = listName + " node " + std::to_string(count);
+        if (++count > 100000)
+            return listName + ": the list does not end";
+        if (!memchr(node->name, 0, sizeof node->name))
+            return where + ": name not terminated";
+        if (!memchr(node->scriptName, 0, sizeof node->scriptName))
+            return where + ": script name not terminated";
+        if (!names.insert(node->name).second)
+            return where + ": name \"" + node->name + "\" twice";
+        if (node->data) {
+            int32_t size = gStandingBlock.getHandleSize(node->data);
+            if (size < 1)
+                return where + " (\"" + node->name + "\"): value handle of size " + std::to_string(size);
+            if ((*node->data)[size - 1] != 0)
+                return where + " (\"" + node->name + "\"): value without its terminator";
+        }
+    }
+    return "";
+}
+
+}  // namespace
+
+std::string HarnessStoreProblems(bool reservedGlobalsExpected)
+{
+    HarnessUseStandingBlock();
+    std::string problem = ListProblems(gUserGlobalsDataNodeList, "globals");
+    if (problem.empty())
+        problem = ListProblems(gOutgoingUserMessageParameterDataNodeList, "outgoing list 1");
+    if (problem.empty())
+        problem = ListProblems(gOutgoingStdBevaviorMessageParameterDataNodeList, "outgoing list 2");
+    if (problem.empty())
+        problem = ListProblems(gIncomingMessageParameterDataNodeList, "incoming message");
+    bool gap = false;
+    for (int slot = 0; slot < kArchiveSlotCount && problem.empty(); slot++) {
+        DataNode *message = gArchivedIncomingMessageParameterDataNodeList[slot];
+        if (!message) {
+            gap = true;
+            continue;
+        }
+        if (gap)
+            return "archive slot " + std::to_string(slot) + " taken after a free slot";
+        problem = ListProblems(message, "archive slot " + std::to_string(slot));
+    }
+    if (!problem.empty() || !reservedGlobalsExpected)
+        return problem;
+    const DataNode *node = gUserGlobalsDataNodeList;
+    for (const char *name : kReservedGlobalNames) {
+        if (!node || strcmp(node->name, name) != 0)
+            return std::string("reserved global \"") + name + "\" missing or out of order";
+        if (node->isSystem != 1)
+            return std::string("reserved global \"") + name + "\" is not a system global";
+        node = node->next;
+    }
+    return "";
+}
+
+long HarnessLiveHostBlocks()
+{
+    return HostMemoryLiveHandles() + HostMemoryLivePointers();
+}
+
+std::string HarnessLeakReport()
+{
+    char *text = nullptr;
+    size_t length = 0;
+    FILE *out = open_memstream(&text, &length);
+    if (!out)
+        return "(no report)";
+    HostMemoryLeakReport(out);
+    fclose(out);
+    std::string report(text ? text : "", length);
+    free(text);
+    return report;
+}
+
+void HarnessFail(const char *what, const std::string &detail)
+{
+    fprintf(stderr, "\n==tpx1 harness== %s\n%s\n", what, detail.c_str());
+    fflush(stderr);
+    abort();
+}
+
+/* ---- Building inputs ---- */
+
+namespace {
+
+/* Index of the first path field of a file function's argument, -1 for other ids. */
+int FirstPathField(long funcId)
+{
+    switch (funcId) {
+    case 7: case 8: case 9: case 10: case 51: case 58: case 61: case 63:
+        return 0;
+    case 59:
+        return 1;
+    case 60:
+        return 2;
+    default:
+        return -1;
+    }
+}
+
+std::string ConfinePath(std::string field)
+{
+    if (field.empty())
+        return field;
+    size_t lead = 0;
+    while (lead < field.size() && (field[lead] == ':' || field[lead] == '\\'))
+        lead++;
+    std::string rest = field.substr(lead);
+    /* Components: '\' and ':' both separate, runs collapse, "." and ".." are renamed. */
+    std::string cleaned;
+    std::string component;
+    auto flush = [&](bool separator) {
+        if (component == "." || component == "..")
+            component = "_";
+        cleaned += component;
+        component.clear();
+        if (separator && !cleaned.empty() && cleaned.back() != ':')
+            cleaned += ':';
+    };
+    for (char c : rest) {
+        if (c == ':' || c == '\\')
+            flush(true);
+        else
+            component += c == '/' ? '_' : c;
+    }
+    flush(false);
+    if (lead == 0)
+        return HarnessRootClassic() + ":" + cleaned;
+    return std::string(lead >= 2 ? 2 : 1, ':') + cleaned;
+}
+
+}  // namespace
+
+std::string HarnessConfineArgument(long funcId, const std::string &argument)
+{
+    if (funcId == 23 || funcId == 24) {
+        /* The application folder is where relative paths start: it must stay ours. */
+        static const std::string kAppFolder = "App Folder with Delim|";
+        return argument.compare(0, kAppFolder.size(), kAppFolder) == 0 ? "Ignored|" : argument;
+    }
+    int first = FirstPathField(funcId);
+    if (first < 0)
+        return argument;
+    std::string text = argument.substr(0, argument.find('\0'));
+    std::vector<std::string> fields;
+    size_t start = 0;
+    for (;;) {
+        size_t bar = text.find('|', start);
+        fields.push_back(text.substr(start, bar == std::string::npos ? std::string::npos : bar - start));
+        if (bar == std::string::npos)
+            break;
+        start = bar + 1;
+    }
+    if (funcId == 60 && fields.size() > 1 && atol(fields[1].c_str()) > (1L << 20))
+        fields[1] = std::to_string(1L << 20);   /* the host fills every block it gives */
+    std::string confined;
+    for (size_t i = 0; i < fields.size(); i++) {
+        if (i)
+            confined += '|';
+        confined += (int)i >= first ? ConfinePath(fields[i]) : fields[i];
+    }
+    return confined;
+}
+
+std::string HarnessCodeText(uint32_t code)
+{
+    std::string text(4, ' ');
+    for (int i = 0; i < 4; i++)
+        text[i] = static_cast<char>(code >> (24 - 8 * i));
+    return text;
+}
+
+namespace {
+
+const char *const kKeywords[] = {
+    "MSSG", "SIGN", "PSIG", "XTRA", "ACTN", "ANSR", "ATBS", "CAS ", "CODE", "DOC ", "HLAT", "HLNG",
+    "IDS ", "ITEM", "LAT ", "LLAT", "LLNG", "LONG", "LSTA", "LSTB", "LST2", "NAME", "VESK", "NUM ",
+    "OBJ2", "OVID", "PATH", "PERM", "STAT", "TEXT", "TYPE", "VERS", "VNUM", "YRPS", "ITMS", "ICON",
+    "OPTN", "WHO ", "MSSG", "SIGN", "MSSG", "SIGN", "ITEM", "NUM ", "XTRA", "LST2"};
+const char *const kMessageIds[] = {"HOLA", "OKHI", "BYE ", "MHIT", "YROD", "OBID", "INFO", "NBH!",
+                                   "USR!", "VEW!", "VER!", "OVL!", "IMP!", "CPT!", "CTL!", "CHM!",
+                                   "RIDS", "MENU", "SHOW", "ALRT", "    ", "MHIT", "YROD", "HOLA"};
+const char *const kSignatures[] = {"TPX1", "NMB5", "FMP7", "REPF", "    ", "TPX1", "NMB5", "XY"};
+const char *const kXtraWords[] = {"GETINFO", "GETINFOFILE", "LINK", "UNLINK", "", "xGETINFOx"};
+const uint32_t kOtherTypes[] = {typeSInt32, typeWildCard, typeNull, typeFSS, typeApplSignature,
+                                FOUR_CHAR('b', 'o', 'o', 'l'), FOUR_CHAR('u', 't', 'f', '8')};
+
+uint32_t CodeOf(const char *text)
+{
+    return FOUR_CHAR(text[0], text[1], text[2], text[3]);
+}
+
+}  // namespace
+
+void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event)
+{
+    AEInitializeDesc(event);
+    uint8_t head = in.Byte();
+    uint32_t eventClass = kVeskEventClass, eventID = kVeskEventID;
+    if ((head & 0xF0) == 0xF0) {
+        eventClass = in.Quad();
+        eventID = in.Quad();
+    }
+    OSType me = kHarnessHostSignature;
+    AEAddressDesc address;
+    AEInitializeDesc(&address);
+    if (AECreateDesc(typeApplSignature, &me, sizeof me, &address) != noErr)
+        return;
+    OSErr err = AECreateAppleEvent(eventClass, eventID, &address, kAutoGenerateReturnID, kAnyTransactionID, event);
+    AEDisposeDesc(&address);
+    if (err != noErr)
+        return;
+    int count = head % 48;
+    for (int i = 0; i < count && !in.Empty(); i++) {
+        uint8_t pick = in.Byte();
+        uint32_t keyword = pick < 0xE0 ? CodeOf(kKeywords[pick % (sizeof kKeywords / sizeof *kKeywords)]) : in.Quad();
+        uint8_t typePick = in.Byte();
+        uint32_t type = typeChar;
+        if (typePick >= 0xF8)
+            type = in.Quad();
+        else if (typePick >= 0xE0)
+            type = kOtherTypes[typePick % (sizeof kOtherTypes / sizeof *kOtherTypes)];
+        std::string data = in.Text();
+        /* A one-byte value below 32 stands for a well-known value of its keyword. */
+        if (data.size() == 1 && static_cast<uint8_t>(data[0]) < 32) {
+            uint8_t k = static_cast<uint8_t>(data[0]);
+            if (keyword == CodeOf("MSSG"))
+                data = kMessageIds[k % (sizeof kMessageIds / sizeof *kMessageIds)];
+            else if (keyword == CodeOf("SIGN") || keyword == CodeOf("PSIG"))
+                data = kSignatures[k % (sizeof kSignatures / sizeof *kSignatures)];
+            else if (keyword == CodeOf("XTRA"))
+                data = kXtraWords[k % (sizeof kXtraWords / sizeof *kXtraWords)];
+            else if (keyword == CodeOf("ITEM") || keyword == CodeOf("NUM "))
+                data = std::to_string(static_cast<int>(k) - 4);
+        }
+        AEPutParamPtr(event, keyword, type, data.data(), static_cast<int32_t>(data.size()));
+    }
+}

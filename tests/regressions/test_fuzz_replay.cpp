@@ -1,0 +1,74 @@
+/*
+ * test_fuzz_replay.cpp: every input a fuzzer ever crashed on (fuzz/regressions/<target>/,
+ * one file per crash, named after what it found) and the seed corpus of each target
+ * (fuzz/corpus/<target>/) replayed through the target's body. A body aborts with its
+ * reason when a check fails, so a regression shows as this test crashing.
+ */
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "fuzz/FuzzTargets.h"
+
+namespace {
+
+struct Target {
+    const char *name;
+    int (*body)(const uint8_t *, size_t);
+};
+
+const Target kTargets[] = {{"entry", FuzzEntryOneInput},
+                           {"vesk_event", FuzzVeskEventOneInput},
+                           {"lst2", FuzzLst2OneInput},
+                           {"paths", FuzzPathsOneInput},
+                           {"repform", FuzzRepformOneInput}};
+
+std::vector<std::string> InputsIn(const std::string &folder)
+{
+    std::vector<std::string> files;
+    std::error_code ec;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, ec))
+        if (entry.is_regular_file() && entry.path().filename().string()[0] != '.')
+            files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string ReadAll(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+/* Runs every file of a folder through the body; returns how many ran. */
+size_t Replay(const Target &target, const std::string &folder)
+{
+    std::vector<std::string> files = InputsIn(folder);
+    for (const std::string &file : files) {
+        SCOPED_TRACE(file);
+        std::string bytes = ReadAll(file);
+        fprintf(stderr, "replaying %s\n", file.c_str());
+        EXPECT_EQ(0, target.body(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size()));
+    }
+    return files.size();
+}
+
+class FuzzReplay : public ::testing::TestWithParam<Target> {};
+
+TEST_P(FuzzReplay, SavedCrashesAndSeedsRunClean)
+{
+    const Target &target = GetParam();
+    std::string fuzz = TPX1_FUZZ_DIR;
+    Replay(target, fuzz + "/regressions/" + target.name);
+    EXPECT_GT(Replay(target, fuzz + "/corpus/" + target.name), 0u) << "the seed corpus is missing";
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay, ::testing::ValuesIn(kTargets),
+                         [](const ::testing::TestParamInfo<Target> &info) { return std::string(info.param.name); });
+
+}  // namespace
