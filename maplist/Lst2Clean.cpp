@@ -216,13 +216,21 @@ static void CleanLargeLst2Group(char *text, Lst2SortRecord *records, long first,
     }
 }
 
+enum { kLst2PrefetchDistance = 16 };
+
 static void MarkRejectedLst2Lines(char *text, Lst2SortRecord *records, long lineCount)
 {
     long first = 0;
+    long prefetched = 0;
     while (first < lineCount) {
         long end = first + 1;
         while (end < lineCount && strncmp(records[end].key, records[first].key, kLst2KeyLength) == 0)
             end++;
+        /* The records are in key order, the lines in text order: ask early for the lines
+         * the walk reaches next, so a long list does not wait for memory at every line. */
+        long wanted = end + kLst2PrefetchDistance < lineCount ? end + kLst2PrefetchDistance : lineCount;
+        for (; prefetched < wanted; prefetched++)
+            __builtin_prefetch(text + records[prefetched].lineStart, 1);
         if (end - first <= kLst2SmallGroup)
             CleanSmallLst2Group(text, records, first, end);
         else

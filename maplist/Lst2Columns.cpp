@@ -19,7 +19,8 @@ enum {
     kLst2MaxFormatWords = 10,
     kLst2IdentifierLength = 16,
     kLst2MaxNameLength = 63,
-    kLst2FirstOutputSize = 4096
+    kLst2FirstOutputSize = 4096,
+    kLst2StageSize = 16384        /* output gathered before it goes into the result */
 };
 
 /* The column table, rebuilt at every call and ended by a pair with code 0. */
@@ -86,48 +87,75 @@ static bool SplitLst2Line(char *line, char **identifier, char **layer, char **ma
 
 /* The result handle used as a growing text: appending one output line after another
  * gives the same text as appending each with CatHandleContents (the text followed by a
- * NUL), but the handle grows geometrically, so a long list is not copied once per line
- * by a host whose handles move when they grow. */
+ * NUL), but lines gather in a local buffer first and the handle grows geometrically, so
+ * a long list costs few host calls and is not copied once per line by a host whose
+ * handles move when they grow. */
 struct Lst2Output {
     char **handle;
-    long used;        /* characters of text, without the NUL */
+    long used;        /* characters of text in the handle, without the NUL */
     long capacity;    /* the handle's size; 0 until the first append */
+    long staged;      /* characters waiting in stage */
+    bool appended;    /* an append was made, even of the empty text */
+    char stage[kLst2StageSize];
 };
 
-static OSErr AppendLst2Output(Lst2Output *out, const char *text)
+/* Moves the staged characters into the handle, growing it as needed. */
+static OSErr FlushLst2Output(Lst2Output *out)
 {
-    long length = (long)strlen(text);
-    if (out->used + length + 1 > out->capacity) {
+    if (!out->appended)
+        return noErr;
+    if (out->used + out->staged + 1 > out->capacity) {
         long wanted = out->capacity * 2;
         if (wanted < kLst2FirstOutputSize)
             wanted = kLst2FirstOutputSize;
-        if (wanted < out->used + length + 1)
-            wanted = out->used + length + 1;
+        if (wanted < out->used + out->staged + 1)
+            wanted = out->used + out->staged + 1;
         OSErr err = SetFHandleSize(out->handle, wanted);
         if (err != noErr)
             return err;
         out->capacity = wanted;
     }
     LockFHandle(out->handle);
-    memcpy(*out->handle + out->used, text, (size_t)length);
-    out->used += length;
+    memcpy(*out->handle + out->used, out->stage, (size_t)out->staged);
+    out->used += out->staged;
     (*out->handle)[out->used] = 0;
     UnlockFHandle(out->handle);
+    out->staged = 0;
     return noErr;
 }
 
-/* Gives the handle the size of its text and the NUL, as the appends would have left it. */
+static OSErr AppendLst2Output(Lst2Output *out, const char *text)
+{
+    long length = (long)strlen(text);
+    out->appended = true;
+    if (out->staged + length > kLst2StageSize) {
+        OSErr err = FlushLst2Output(out);
+        if (err != noErr)
+            return err;
+    }
+    memcpy(out->stage + out->staged, text, (size_t)length);   /* a line is far below the stage */
+    out->staged += length;
+    return noErr;
+}
+
+/* Flushes and gives the handle the size of its text and the NUL, as the appends would
+ * have left it; a result that nothing was appended to stays as it was. */
 static OSErr FinishLst2Output(Lst2Output *out)
 {
+    OSErr err = FlushLst2Output(out);
     if (out->capacity == 0)
-        return noErr;
-    return SetFHandleSize(out->handle, out->used + 1);
+        return err;
+    OSErr sizeErr = SetFHandleSize(out->handle, out->used + 1);
+    return err != noErr ? err : sizeErr;
 }
 
 /* Composes every valid line of the list in the format of gOutputCodes into the result. */
 static OSErr WriteLst2Columns(const char *list, long lineCount, bool fileFlag, char **resultHandle)
 {
-    Lst2Output out = {resultHandle, 0, 0};
+    Lst2Output out;
+    out.handle = resultHandle;
+    out.used = out.capacity = out.staged = 0;
+    out.appended = false;
     OSErr err = noErr;
     char line[kLst2ListLineSize];
     char composed[kLst2OutputLineSize];
