@@ -3,7 +3,7 @@
  */
 #include "Lst2TestHost.h"
 
-#include "maplist/Lst2.h"
+#include "plugin/Plugin.h"
 #include "platform/Toolbox.h"
 #include "store/DataNode.h"
 #include "store/MessageLists.h"
@@ -11,61 +11,43 @@
 
 namespace {
 
-typedef void (*ExternalFunction)(long, char **, char **);
-
-ExternalFunction FunctionById(long funcId)
+/* A parameter's bytes; a parameter without a value handle reads as the empty text. */
+std::string ParameterText(const char *keyword, DataNode *first)
 {
-    switch (funcId) {
-    case kSetParameterId: return TPX1SetParameter;
-    case kGetNextMessageId: return TPX1GetNextMessage;
-    case kGetParameterLST2Id: return TPX1GetParameterLST2;
-    case kGetParameterLST2LineId: return TPX1GetParameterLST2Line;
-    case kGetParameterLatLongId: return TPX1GetParameterLatLong;
-    case kProcessLST2Id: return TPX1ProcessLST2ParameterForTopolux;
-    case kRenameLSTAId: return TPX1RenameIncomingLSTAtoLST2;
-    case kCopyLST2Id: return TPX1CopyIncomingLST2ToOutgoingLST2;
-    case kGetNthLineId: return TPX1GetNthLine;
-    default: return nullptr;
-    }
-}
-
-std::string HandleText(char **h)
-{
-    if (h == nullptr)
+    DataNode *node = FindDataNodeInList(keyword, first);
+    if (node == nullptr)
         return "<none>";
-    return HostHandleBytes(h);
+    return node->data != nullptr ? HostHandleBytes(node->data) : std::string();
 }
 
 }  // namespace
 
+/* The plug-in is linked in: its entry is RunHostCall, called with fmhost's host
+ * callbacks exactly as a host calls FMExternCallProc. */
 void Lst2Test::SetUp()
 {
-    HostMemoryInstall(&block);
-    gFMX_ExternCallPtr = &block;
     HostMemorySetFailure(0, kHostFailOff);
     PlatformDialogUseRecorder();
     PlatformDialogClearRecord();
-    InitDataLists();
+    plugin.entry = RunHostCall;
+    ASSERT_EQ(51, HostInit(&plugin, kHostVersion));
+    HostMemoryInstall(&block);
+    gFMX_ExternCallPtr = &block;
 }
 
 void Lst2Test::TearDown()
 {
-    gFMX_ExternCallPtr = &block;
     HostMemorySetFailure(0, kHostFailOff);
-    DisposeDataLists();
+    HostShutdown(&plugin);
     EXPECT_EQ(0, HostMemoryLiveHandles() + HostMemoryLivePointers()) << "host memory left behind";
 }
 
-/* As the dispatcher does: the argument is NUL-terminated, then the function runs. */
 std::string Lst2Test::Call(long funcId, const std::string &arg, const std::string &resultBefore)
 {
     FMX_Handle argument = HostNewTextHandle(arg);
     FMX_Handle result = HostNewTextHandle(resultBefore);
-    gFMX_ExternCallPtr = &block;
-    ExternalFunction function = FunctionById(funcId);
-    EXPECT_NE(nullptr, function) << funcId;
-    if (function != nullptr && EnsureHandleIsNullTerminated(argument) == noErr)
-        function(funcId, argument, result);
+    HostCallRaw(&plugin, kFMXT_External, kHostVersion, 0, (int32_t)funcId, argument, result);
+    gFMX_ExternCallPtr = &block;   /* the call's block is gone; core calls here use ours */
     std::string text = HostHandleBytes(result);
     HostDisposeHandle(argument);
     HostDisposeHandle(result);
@@ -83,12 +65,12 @@ void Lst2Test::Receive(const std::vector<std::string> &keywordValuePairs)
 
 std::string Lst2Test::Outgoing(const char *keyword)
 {
-    return HandleText(GetTheOutgoingMessageParameterDataHandleFromList_NotACopy(keyword, 1));
+    return ParameterText(keyword, gOutgoingUserMessageParameterDataNodeList);
 }
 
 std::string Lst2Test::Incoming(const char *keyword)
 {
-    return HandleText(GetTheIncomingMessageParameterDataHandleFromList_NotACopy(keyword));
+    return ParameterText(keyword, gIncomingMessageParameterDataNodeList);
 }
 
 int Lst2Test::DialogCount()

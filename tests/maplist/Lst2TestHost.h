@@ -1,7 +1,8 @@
 /*
- * Lst2TestHost.h: the fixture of the map object list tests: fmhost's host memory behind
- * the call block, recorded dialogs, external calls by function id, and helpers to put a
- * message into the incoming list and to read the outgoing list.
+ * Lst2TestHost.h: the fixture of the map object list tests: the plug-in linked in and
+ * called through its entry with fmhost's host memory, recorded dialogs, external calls
+ * by function id, and helpers to put a message into the incoming list and to read the
+ * outgoing list.
  */
 #ifndef TPX1_LST2TESTHOST_H
 #define TPX1_LST2TESTHOST_H
@@ -18,6 +19,8 @@ enum {
     kRenameLSTAId = 53, kCopyLST2Id = 54, kGetNthLineId = 62
 };
 
+enum { kHostVersion = 60 };
+
 class Lst2Test : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -26,11 +29,12 @@ protected:
     std::string Call(long funcId, const std::string &arg, const std::string &resultBefore = "");
     /* Archives a message of (keyword, value) pairs and makes it the incoming message. */
     void Receive(const std::vector<std::string> &keywordValuePairs);
-    /* The outgoing list 1 parameter's bytes, or "<none>". */
+    /* A parameter's bytes, "" without a value, "<none>" when the list lacks it. */
     std::string Outgoing(const char *keyword);
     std::string Incoming(const char *keyword);
     int DialogCount();
     std::string DialogText(int i);
+    HostPlugin plugin;
     FMX_ExternCallBlock block{};
 };
 

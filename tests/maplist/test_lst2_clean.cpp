@@ -176,7 +176,7 @@ TEST_F(Lst2Clean, RandomListsMatchTheModelInSmallAndLargeGroups)
 TEST_F(Lst2Clean, CopyIncomingToOutgoingAndRenameLSTA)
 {
     Call(kCopyLST2Id, "");
-    EXPECT_EQ(Z(""), Outgoing("LST2")) << "no incoming list: the empty text";
+    EXPECT_EQ("", Outgoing("LST2")) << "no incoming list: the empty text";
 
     Receive({"MSSG", "SHOW", "LSTA", kA + kB});
     EXPECT_EQ("", Call(kGetParameterLST2LineId, "0"));
