@@ -5,9 +5,12 @@
  * place. Chunks are at most 300000 bytes; the last 8 bytes of each are carried in
  * front of the next, so an identifier across a chunk border is still seen.
  */
+#include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__)
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+#elif defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
@@ -51,35 +54,83 @@ int RepformYearOfIdentifier(const unsigned char *eight)
     return 2000 + (eight[7] - '0');
 }
 
-/* The identifier's fixed "R20" sits at offsets 3 to 5: the search looks for that
- * anchor and tests only where it occurs. */
+/* The identifier's fixed "R2" sits at offsets 3 and 4: the search looks for that
+ * anchor with vector compares and applies the whole test only where it occurs. */
 enum { kAnchorOffset = 3 };
+
+/* Tests the candidates of one block, bit i of mask standing for the anchor at
+ * anchor + i; returns the first identifier's offset, or -1. */
+static inline long TestAnchorMask(const unsigned char *data, long anchor, uint32_t mask, int *year)
+{
+    while (mask) {
+        long offset = anchor + __builtin_ctz(mask) - kAnchorOffset;
+        int found = RepformYearOfIdentifier(data + offset);
+        if (found) {
+            *year = found;
+            return offset;
+        }
+        mask &= mask - 1;
+    }
+    return -1;
+}
+
+#if defined(__x86_64__) && defined(__GNUC__)
+/* 32 anchors at a time. Loads reach anchor + 32, inside the data as long as
+ * anchor + 31 <= lastAnchor. *anchor is left where the vector loop stopped. */
+__attribute__((target("avx2"))) static long FindAnchorsAvx2(const unsigned char *data, long *anchor,
+                                                             long lastAnchor, int *year)
+{
+    const __m256i wantR = _mm256_set1_epi8('R');
+    const __m256i want2 = _mm256_set1_epi8('2');
+    long at = *anchor;
+    for (; at + 31 <= lastAnchor; at += 32) {
+        const unsigned char *p = data + at;
+        __m256i hits = _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_loadu_si256((const __m256i *)p), wantR),
+                                        _mm256_cmpeq_epi8(_mm256_loadu_si256((const __m256i *)(p + 1)), want2));
+        uint32_t mask = (uint32_t)_mm256_movemask_epi8(hits);
+        if (mask) {
+            long found = TestAnchorMask(data, at, mask, year);
+            if (found >= 0) {
+                *anchor = at;
+                return found;
+            }
+        }
+    }
+    *anchor = at;
+    return -1;
+}
+
+static bool HaveAvx2(void)
+{
+    static const bool have = __builtin_cpu_supports("avx2");
+    return have;
+}
+#endif
 
 long FindNextRepformIdentifier(const unsigned char *data, long from, long last, int *year)
 {
     long anchor = from + kAnchorOffset;
     long lastAnchor = last + kAnchorOffset;
+#if defined(__x86_64__) && defined(__GNUC__)
+    if (HaveAvx2()) {
+        long found = FindAnchorsAvx2(data, &anchor, lastAnchor, year);
+        if (found >= 0)
+            return found;
+    }
+#endif
 #if defined(__SSE2__)
     const __m128i wantR = _mm_set1_epi8('R');
     const __m128i want2 = _mm_set1_epi8('2');
-    const __m128i want0 = _mm_set1_epi8('0');
-    /* Loads reach anchor + 17, which lies inside the 8 + last bytes of data as long as
-     * anchor + 15 <= lastAnchor. */
+    /* Loads reach anchor + 16, inside the data as long as anchor + 15 <= lastAnchor. */
     for (; anchor + 15 <= lastAnchor; anchor += 16) {
         const unsigned char *p = data + anchor;
-        __m128i hits = _mm_and_si128(
-            _mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)p), wantR),
-            _mm_and_si128(_mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)(p + 1)), want2),
-                          _mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)(p + 2)), want0)));
-        unsigned mask = (unsigned)_mm_movemask_epi8(hits);
-        while (mask) {
-            long offset = anchor + __builtin_ctz(mask) - kAnchorOffset;
-            int found = RepformYearOfIdentifier(data + offset);
-            if (found) {
-                *year = found;
-                return offset;
-            }
-            mask &= mask - 1;
+        __m128i hits = _mm_and_si128(_mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)p), wantR),
+                                     _mm_cmpeq_epi8(_mm_loadu_si128((const __m128i *)(p + 1)), want2));
+        uint32_t mask = (uint32_t)_mm_movemask_epi8(hits);
+        if (mask) {
+            long found = TestAnchorMask(data, anchor, mask, year);
+            if (found >= 0)
+                return found;
         }
     }
 #endif
