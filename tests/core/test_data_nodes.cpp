@@ -1,0 +1,184 @@
+/*
+ * test_data_nodes.cpp: the DataNode list operations: set, replace, append with and
+ * without duplicates, script triggering, remove, rename, attach and enable, and every
+ * allocation failure of the set and append paths.
+ */
+#include <cstring>
+#include <functional>
+
+#include "StoreTestHost.h"
+#include "store/MessageLists.h"
+#include "text/TextHandles.h"
+
+class DataNodeTest : public StoreTest {
+protected:
+    DataNode *list = nullptr;
+    void TearDown() override
+    {
+        DisposeDataList(&list);
+        StoreTest::TearDown();
+    }
+    long Set(const char *name, const char *text, unsigned char isSystem = 0)
+    {
+        return SetDataFromStr(name, isSystem, text, &list);
+    }
+    long Append(const char *name, const char *text, bool noDupes)
+    {
+        /* A host-made handle, so that only the store's own allocations can fail. */
+        char **h = HostNewTextHandle(std::string(text) + std::string(1, '\0'));
+        long err = SetDataInList(name, 0, h, &list, true, noDupes);
+        HostDisposeHandle(h);
+        return err;
+    }
+};
+
+TEST_F(DataNodeTest, ReplaceQueuesScriptOnlyOnChange)
+{
+    EXPECT_EQ(Set("a", "1"), 0);
+    EXPECT_EQ(Describe(list), "a=1;");
+    EXPECT_EQ(AttachScriptToDataInList("a", "Recount", list), 0);
+    EXPECT_EQ(list->scriptEnabled, 0);
+    EXPECT_EQ(Set("a", "3"), 0);
+    EXPECT_EQ(QueuedScript(0), "");           /* attached, not enabled */
+    EXPECT_EQ(SetEnableOfDataScriptInList("a", 1, list), 0);
+    EXPECT_EQ(Set("a", "3"), 0);
+    EXPECT_EQ(QueuedScript(0), "");           /* same value: no change */
+    EXPECT_EQ(Set("a", "2"), 0);
+    EXPECT_EQ(QueuedScript(0), "Recount");
+    EXPECT_STREQ(gNameOfGlobalThatTriggeredScript, "a");
+
+    EXPECT_EQ(Set("Name", "x"), 0);
+    EXPECT_EQ(Set("name", "y"), 0);
+    EXPECT_EQ(Set("empty", ""), 0);
+    EXPECT_EQ(Set("name", "z", 1), 0);        /* the flag is fixed at creation */
+    EXPECT_EQ(Describe(list), "a=2;Name=x;name=z;empty~;");
+    EXPECT_EQ(list->next->next->isSystem, 0);
+
+    std::string longName(300, 'n');
+    EXPECT_EQ(Set(longName.c_str(), "v"), 0);
+    EXPECT_EQ(Value(longName.substr(0, 255).c_str(), list), "v");
+    EXPECT_EQ(RenameDataInList(list, "Name", "Renamed"), 1);
+    EXPECT_EQ(RenameDataInList(list, "Nope", "X"), 0);
+    EXPECT_EQ(RenameDataInList(nullptr, "Name", "X"), 0);
+    EXPECT_EQ(Value("Renamed", list), "x");
+}
+
+TEST_F(DataNodeTest, AppendWithAndWithoutDuplicates)
+{
+    EXPECT_EQ(Append("d", "x", true), 0);
+    EXPECT_EQ(Append("d", "x", true), 0);
+    EXPECT_EQ(Value("d", list), "x\r");
+    EXPECT_EQ(Append("d", "y\rx\rz", true), 0);
+    EXPECT_EQ(Value("d", list), "x\ry\rz\r");
+    EXPECT_EQ(Append("p", "x", false), 0);
+    EXPECT_EQ(Append("p", "x", false), 0);
+    EXPECT_EQ(Value("p", list), "xx");
+
+    /* Every append counts as a change, also of the empty text. */
+    AttachScriptToDataInList("p", "OnP", list);
+    SetEnableOfDataScriptInList("p", 1, list);
+    EXPECT_EQ(Append("p", "", false), 0);
+    EXPECT_EQ(QueuedScript(0), "OnP");
+    EXPECT_EQ(Value("p", list), "xx");
+
+    /* The caller's handle is read, terminated if need be, and never kept. */
+    char **bare = MakeHandle("abc");
+    EXPECT_EQ(SetDataInList("q", 0, bare, &list, false, false), 0);
+    EXPECT_EQ(Bytes(bare), std::string("abc\0", 4));
+    EXPECT_EQ(Value("q", list), "abc");
+    DisposeFHandle(bare);
+    EXPECT_EQ(SetDataInList("q", 0, nullptr, &list, false, false), -1);
+}
+
+TEST_F(DataNodeTest, RemoveAttachAndEnable)
+{
+    Set("sys1", "a", 1);
+    Set("u1", "b");
+    Set("sys2", "c", 1);
+    Set("u2", "d");
+    Set("u3", "e");
+    EXPECT_EQ(RemoveDataFromList("sys2", &list), -117);
+    EXPECT_EQ(Describe(list), "sys1=a;u1=b;sys2=c;u2=d;u3=e;");
+    EXPECT_EQ(RemoveDataFromList("missing", &list), 0);
+    EXPECT_EQ(RemoveDataFromList("u2", &list), 0);
+    EXPECT_EQ(Describe(list), "sys1=a;u1=b;sys2=c;u3=e;");
+    EXPECT_EQ(RemoveDataFromList("*", &list), 0);
+    EXPECT_EQ(Describe(list), "sys1=a;sys2=c;");
+
+    EXPECT_EQ(SetEnableOfDataScriptInList("sys1", 1, list), -1);
+    EXPECT_EQ(SetEnableOfDataScriptInList("nope", 1, list), -2802);
+    EXPECT_EQ(SetEnableOfDataScriptInList("nope", 1, nullptr), -2802);
+    EXPECT_EQ(AttachScriptToDataInList("nope", "S", list), -2802);
+    EXPECT_EQ(AttachScriptToDataInList("sys1", std::string(300, 's').c_str(), list), 0);
+    EXPECT_EQ(strlen(list->scriptName), 255u);
+    EXPECT_EQ(SetEnableOfDataScriptInList("sys1", 1, list), 0);
+    EXPECT_EQ(AttachScriptToDataInList("sys1", "Other", list), 0);
+    EXPECT_EQ(list->scriptEnabled, 1);       /* a replaced script keeps the flag */
+
+    char buf[8];
+    EXPECT_EQ(GetDataFromListAsStr("absent", buf, sizeof buf, list), 0);
+    EXPECT_STREQ(buf, "");
+}
+
+/* Runs op with allocation n failing, for n = 1, 2, ... until op succeeds; every failing
+ * run must give -108 and leave the list in one of the allowed states. */
+static void FailEveryAllocation(DataNode **list, const std::function<long()> &op,
+                                const std::function<void(long n, const std::string &state)> &check)
+{
+    for (long n = 1; n < 100; n++) {
+        HostMemorySetFailure(n, kHostFailOnce);
+        long err = op();
+        bool failed = HostMemoryFailuresDelivered() > 0;
+        HostMemorySetFailure(0, kHostFailOff);
+        if (!failed) {
+            EXPECT_EQ(err, 0) << n;
+            EXPECT_GT(n, 1) << "the operation allocated nothing";
+            return;
+        }
+        EXPECT_EQ(err, -108) << "allocation " << n;
+        check(n, StoreTest::Describe(*list));
+    }
+    ADD_FAILURE() << "never succeeded";
+}
+
+TEST_F(DataNodeTest, EveryAllocationFailureLeavesTheListIntact)
+{
+    Set("old", "1");
+    /* A new node: either absent, or present with no value. */
+    FailEveryAllocation(&list, [&] { return Set("new", "value"); }, [&](long n, const std::string &state) {
+        EXPECT_TRUE(state == "old=1;" || state == "old=1;new~;") << n << ": " << state;
+        RemoveDataFromList("new", &list);
+    });
+    EXPECT_EQ(Describe(list), "old=1;new=value;");
+
+    /* Replacing: the old value or the new one, nothing else. */
+    std::string big(500, 'b');
+    FailEveryAllocation(&list, [&] { return Set("old", big.c_str()); }, [&](long n, const std::string &state) {
+        EXPECT_EQ(state, "old=1;new=value;") << n;
+    });
+    EXPECT_EQ(Value("old", list), big);
+
+    FailEveryAllocation(&list, [&] { return Append("new", "+more", false); }, [&](long n, const std::string &state) {
+        EXPECT_EQ(state, "old=" + big + ";new=value;") << n;
+    });
+    EXPECT_EQ(Value("new", list), "value+more");
+
+    FailEveryAllocation(&list, [&] { return Append("lines", "l1", true); }, [&](long n, const std::string &state) {
+        EXPECT_TRUE(state == "old=" + big + ";new=value+more;" || state == "old=" + big + ";new=value+more;lines~;")
+            << n;
+        RemoveDataFromList("lines", &list);
+    });
+    EXPECT_EQ(Value("lines", list), "l1\r");
+
+    /* The archive hook empties its slot on failure. */
+    const char *pairs[] = {"MSSG", "TEST", "SIGN", "TPX1"};
+    FailEveryAllocation(&gArchivedIncomingMessageParameterDataNodeList[0], [&] {
+        return (long)ArchiveMessageForTesting(pairs, 2);
+    }, [&](long n, const std::string &state) { EXPECT_EQ(state, "") << n; });
+    EXPECT_EQ(Describe(gArchivedIncomingMessageParameterDataNodeList[0]), "MSSG=TEST;SIGN=TPX1;");
+
+    DisposeDataList(&list);
+    DisposeDataLists();
+    EXPECT_EQ(HostMemoryLiveHandles(), 0);
+    EXPECT_EQ(HostMemoryLivePointers(), 0);
+}

@@ -1,0 +1,145 @@
+/*
+ * test_globals.cpp: the external functions on globals, called as the dispatcher calls
+ * them, with their error reports seen through the dialog recorder.
+ */
+#include <cstring>
+
+#include "StoreTestHost.h"
+#include "platform/Toolbox.h"
+#include "store/Globals.h"
+
+static const char kSetGlobalError222[] =
+    "An error occurred in the plug-in function TPX1SetGlobal.\r\rError: -222\r\r";
+
+class GlobalsTest : public StoreTest {
+protected:
+    void SetUp() override
+    {
+        StoreTest::SetUp();
+        SetGlobalFromStr("App Signature", 1, "FMP5");
+        SetGlobalFromStr("Plugin Version", 1, "TOPOLUX plugin ver 8.0");
+    }
+};
+
+TEST_F(GlobalsTest, SetGlobalForms)
+{
+    Call(TPX1SetGlobal, 23, "Empty|");
+    EXPECT_EQ(Value("Empty", gUserGlobalsDataNodeList), "");
+    EXPECT_NE(FindDataNodeInList("Empty", gUserGlobalsDataNodeList), nullptr);
+    Call(TPX1SetGlobal, 23, "Three|b|c");
+    EXPECT_EQ(Value("Three", gUserGlobalsDataNodeList), "b|c");
+    std::string longValue(1000, 'v');
+    Call(TPX1SetGlobal, 23, "Long|" + longValue);
+    EXPECT_EQ(Value("Long", gUserGlobalsDataNodeList), longValue);
+    EXPECT_EQ(DialogCount(), 0);
+
+    Call(TPX1SetGlobal, 23, "NoBar");
+    EXPECT_EQ(LastDialogText(), kSetGlobalError222);
+    EXPECT_EQ(FindDataNodeInList("NoBar", gUserGlobalsDataNodeList), nullptr);
+
+    Call(TPX1SetGlobal, 23, "App Signature|XXXX");
+    EXPECT_EQ(Value("App Signature", gUserGlobalsDataNodeList), "FMP5");
+    EXPECT_EQ(DialogCount(), 1);
+
+    EXPECT_EQ(Call(TPX1GetGlobal, 26, "Three", "old"), "b|c");
+    EXPECT_EQ(Call(TPX1GetGlobal, 26, "Missing", "old"), "");
+    char buf[4];
+    EXPECT_EQ(GetGlobalInListAsStr("Three", buf, sizeof buf), 0);
+    EXPECT_EQ(GetGlobalInListAsStr("Long", buf, sizeof buf), 1);
+    EXPECT_EQ(GetGlobalInListAsOSType("Missing"), FOUR_CHAR(' ', ' ', ' ', ' '));
+    EXPECT_EQ(GetGlobalInListAsOSType("App Signature"), FOUR_CHAR('F', 'M', 'P', '5'));
+    SetGlobalFromStr("Flag", 0, "true");
+    EXPECT_TRUE(GetGlobalInListAsBoolean("Flag"));
+    EXPECT_FALSE(GetGlobalInListAsBoolean("Missing"));
+}
+
+TEST_F(GlobalsTest, AppendUnsetAndScripts)
+{
+    Call(TPX1AppendToGlobal, 24, "Lines|NODUPES|one");
+    Call(TPX1AppendToGlobal, 24, "Lines|NODUPES|one");
+    EXPECT_EQ(Value("Lines", gUserGlobalsDataNodeList), "one\r");
+    Call(TPX1AppendToGlobal, 24, "Text|ab");
+    Call(TPX1AppendToGlobal, 24, "Text|NODUPESX|cd");
+    Call(TPX1AppendToGlobal, 24, "Text|NODUPES");
+    Call(TPX1AppendToGlobal, 24, "Text");
+    EXPECT_EQ(Value("Text", gUserGlobalsDataNodeList), "abNODUPESX|cd");
+
+    EXPECT_EQ(Call(TPX1AttachScriptToGlobal, 28, ""), "");
+    EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1AttachScriptToGlobal.\r\rError: -2802\r\r");
+    Call(TPX1AttachScriptToGlobal, 28, "Text");
+    EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -1\r\r");
+    Call(TPX1AttachScriptToGlobal, 28, "Text|");
+    EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -1\r\r");
+    Call(TPX1AttachScriptToGlobal, 28, "Nope|Script");
+    EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -2802\r\r");
+    int dialogs = DialogCount();
+    Call(TPX1AttachScriptToGlobal, 28, "Text|Recount");
+    Call(TPX1AppendToGlobal, 24, "Text|x");
+    EXPECT_EQ(QueuedScript(0), "");
+    Call(TPX1EnableGlobalScript, 29, "Text");
+    Call(TPX1AppendToGlobal, 24, "Text|");
+    EXPECT_EQ(QueuedScript(0), "Recount");
+    EXPECT_EQ(DialogCount(), dialogs);
+    EXPECT_EQ(Call(TPX1GetNameOfGlobalThatTriggeredScript, 65, "", "old"), "Text");
+    EXPECT_EQ(Call(TPX1GetNameOfGlobalThatTriggeredScript, 65, "", "old"), "");
+    Call(TPX1DisableGlobalScript, 30, "Lines");
+    EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -1\r\r");
+
+    Call(TPX1UnsetGlobal, 25, "Plugin Version");
+    EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1UnsetGlobal.\r\rError: -117\r\r");
+    Call(TPX1UnsetGlobal, 25, "*");
+    EXPECT_EQ(Describe(gUserGlobalsDataNodeList), "App Signature=FMP5;Plugin Version=TOPOLUX plugin ver 8.0;");
+}
+
+TEST_F(GlobalsTest, Listing)
+{
+    EXPECT_EQ(Call(TPX1GetGlobalList, 27, "", "untouched"), "untouched");
+    std::string forty(40, 'f'), thirtyTwo(32, 't'), thirtyOne(31, 'o');
+    SetGlobalFromStr("Count", 0, "3");
+    SetGlobalFromStr("Forty", 0, forty.c_str());
+    SetGlobalFromStr("ThirtyTwo", 0, thirtyTwo.c_str());
+    SetGlobalFromStr("ThirtyOne", 0, thirtyOne.c_str());
+    AttachScriptToGlobalInList("Count", "Recount");
+    SetEnableOfGlobalScript("Count", 1);
+    AttachScriptToGlobalInList("Forty", "Off");
+
+    std::string users = "'Count'\t'3'\r'Forty'\t'" + forty.substr(0, 32) + "...'\r'ThirtyTwo'\t'" + thirtyTwo +
+                        "...'\r'ThirtyOne'\t'" + thirtyOne + "'\r";
+    EXPECT_EQ(Call(TPX1GetGlobalList, 27, ""), users);
+    EXPECT_EQ(Call(TPX1GetGlobalList, 27, "sysenv detail"), users);
+    std::string detail = Call(TPX1GetGlobalList, 27, "DETAIL\tSYSENV ignored");
+    EXPECT_EQ(detail.substr(0, detail.find("'Count'")),
+              "'App Signature'\t'FMP5'\tSysEnv\r'Plugin Version'\t'TOPOLUX plugin ver 8.0'\tSysEnv\r");
+    EXPECT_NE(detail.find("'Count'\t'3'\tUser\tRecount\tEnabled\r"), std::string::npos);
+    EXPECT_NE(detail.find("...'\tUser\tOff\tDisabled\r"), std::string::npos);
+    EXPECT_EQ(Call(TPX1GetGlobalList, 27, "DETAIL x SYSENV").find("App Signature"), std::string::npos);
+
+    std::string longName(255, 'N'), longScript(255, 'S');
+    SetGlobalFromStr(longName.c_str(), 0, forty.c_str());
+    AttachScriptToGlobalInList(longName.c_str(), longScript.c_str());
+    std::string all = Call(TPX1GetGlobalList, 27, "DETAIL");
+    EXPECT_NE(all.find("'" + longName + "'\t'" + forty.substr(0, 32) + "...'\tUser\t" + longScript + "\tDisabled\r"),
+              std::string::npos);
+}
+
+TEST_F(GlobalsTest, OutOfMemoryIsReportedAndLeavesNoTrace)
+{
+    for (long n = 1;; n++) {
+        ASSERT_LT(n, 50);
+        PlatformDialogClearRecord();
+        HostMemorySetFailure(n, kHostFailOnce);
+        Call(TPX1AppendToGlobal, 24, "New|NODUPES|a\rb");
+        bool failed = HostMemoryFailuresDelivered() > 0;
+        HostMemorySetFailure(0, kHostFailOff);
+        if (!failed)
+            break;
+        EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1AppendToGlobal.\r\r"
+                                    "Not enough memory to complete this operation.\r\r");
+        std::string state = Describe(gUserGlobalsDataNodeList);
+        std::string reserved = "App Signature=FMP5;Plugin Version=TOPOLUX plugin ver 8.0;";
+        EXPECT_TRUE(state == reserved || state == reserved + "New~;" || state == reserved + "New=a\r;") << state;
+        RemoveGlobalFromList("New");
+    }
+    EXPECT_EQ(DialogCount(), 0);
+    EXPECT_EQ(Value("New", gUserGlobalsDataNodeList), "a\rb\r");
+}

@@ -1,0 +1,114 @@
+/*
+ * test_message_lists.cpp: the outgoing lists, the archive and the incoming message,
+ * through the external functions and the selector-based operations.
+ */
+#include "StoreTestHost.h"
+#include "platform/Toolbox.h"
+#include "store/MessageLists.h"
+
+class MessageListsTest : public StoreTest {
+protected:
+    void SetUp() override
+    {
+        StoreTest::SetUp();
+        PlatformClockUseManual(1000, 0);
+    }
+    void TearDown() override
+    {
+        PlatformClockUseReal();
+        StoreTest::TearDown();
+    }
+    static void Archive(const char *id, const char *extra)
+    {
+        const char *pairs[] = {"MSSG", id, "XTRA", extra};
+        ASSERT_EQ(ArchiveMessageForTesting(pairs, 2), 0);
+    }
+};
+
+TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
+{
+    EXPECT_EQ(Call(TPX1GetNextMessage, 36, "", "old"), "");
+    EXPECT_EQ(gIncomingMessageParameterDataNodeList, nullptr);
+    EXPECT_EQ(gHaveGottenAnIncomingMessageButNotClearedIt, 1);
+    EXPECT_EQ(gLastGetNextMessageCallTicks, 1000u);
+
+    Archive("ONE ", "1");
+    Archive("TWO ", "2");
+    Archive("THRE", "3");
+    EXPECT_TRUE(AnyArchivedMessage());
+    EXPECT_EQ(FirstFreeArchiveSlot(), 3);
+    gHaveSendDoScriptAndWaitingForGetNextMessage = 1;
+    PlatformClockAdvance(5);
+    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "ONE ");
+    EXPECT_EQ(gHaveSendDoScriptAndWaitingForGetNextMessage, 0);
+    EXPECT_EQ(gLastGetNextMessageCallTicks, 1005u);
+    EXPECT_EQ(Call(TPX1GetParameter, 37, "XTRA"), "1");
+    EXPECT_EQ(Call(TPX1GetParameter, 37, "LST2", "old"), "");
+    EXPECT_EQ(gLastGetParameterCallTicks, 1005u);
+    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "TWO ");
+    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "THRE");
+    char buf[2];
+    EXPECT_EQ(GetIncomingMessageParameterInListAsStr("XTRA", buf, sizeof buf), 0);
+    EXPECT_EQ(GetIncomingMessageParameterInListAsStr("MSSG", buf, sizeof buf), 1);
+    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "");
+    EXPECT_FALSE(AnyArchivedMessage());
+
+    Archive("LAST", "x");
+    Call(TPX1GetNextMessage, 36, "");
+    Call(TPX1ClearIncomingMessage, 35, "");
+    EXPECT_EQ(gIncomingMessageParameterDataNodeList, nullptr);
+    EXPECT_EQ(gHaveGottenAnIncomingMessageButNotClearedIt, 0);
+    EXPECT_EQ(DialogCount(), 0);
+
+    for (int i = 0; i < kArchiveSlotCount; i++)
+        Archive("FULL", "x");
+    const char *pairs[] = {"MSSG", "OVER"};
+    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), -33);
+    EXPECT_EQ(FirstFreeArchiveSlot(), -1);
+    TakeOldestArchivedMessage();
+    EXPECT_EQ(FirstFreeArchiveSlot(), kArchiveSlotCount - 1);
+}
+
+TEST_F(MessageListsTest, ComposingOutgoingMessages)
+{
+    Call(TPX1SetParameter, 33, "MSSG|");
+    EXPECT_EQ(Describe(gOutgoingUserMessageParameterDataNodeList), "MSSG~;");
+    EXPECT_EQ(gLastSetParameterCallTicks, 1000u);
+    Call(TPX1SetParameter, 33, "MSSG");
+    EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1SetParameter.\r\rError: -222\r\r");
+    Call(TPX1SetParameter, 33, "MSSG|HOLA|x");
+    Call(TPX1AppendToParameter, 34, "LST2|NODUPES|a\rb");
+    Call(TPX1AppendToParameter, 34, "LST2|NODUPES|b\rc");
+    Call(TPX1AppendToParameter, 34, "TEXT|ab");
+    Call(TPX1AppendToParameter, 34, "TEXT|cd");
+    EXPECT_EQ(Describe(gOutgoingUserMessageParameterDataNodeList), "MSSG=HOLA|x;LST2=a\rb\rc\r;TEXT=abcd;");
+
+    EXPECT_EQ(SetOutgoingMessageParameterFromStr("MSSG", "BYE ", 2), 0);
+    EXPECT_EQ(SetOutgoingMessageParameterFromStr("MSSG", "BYE ", 3), -2);
+    EXPECT_EQ(GetOutgoingMessageParameterInListAsOSType("MSSG", 2), FOUR_CHAR('B', 'Y', 'E', ' '));
+    EXPECT_EQ(GetOutgoingMessageParameterInListAsOSType("MSSG", 3), FOUR_CHAR(' ', ' ', ' ', ' '));
+    EXPECT_EQ(GetOutgoingMessageParameterInListAsOSType("SIGN", 1), FOUR_CHAR(' ', ' ', ' ', ' '));
+    EXPECT_EQ(GetTheOutgoingMessageParameterDataHandleFromList_NotACopy("MSSG", 3), nullptr);
+    EXPECT_EQ(GetTheOutgoingMessageParameterDataHandleFromList_NotACopy("NONE", 1), nullptr);
+    char **lst2 = GetTheOutgoingMessageParameterDataHandleFromList_NotACopy("LST2", 1);
+    ASSERT_NE(lst2, nullptr);
+    EXPECT_EQ(Bytes(lst2), std::string("a\rb\rc\r\0", 7));
+    char buf[4];
+    EXPECT_EQ(GetOutgoingMessageParameterInListAsStr("TEXT", buf, sizeof buf, 1), 1);
+    EXPECT_STREQ(buf, "abc");
+    EXPECT_EQ(GetOutgoingMessageParameterInListAsStr("NONE", buf, sizeof buf, 1), 0);
+    EXPECT_STREQ(buf, "");
+    EXPECT_EQ(RemoveOutgoingMessageParameterFromList("TEXT", 1), 0);
+    EXPECT_EQ(RemoveOutgoingMessageParameterFromList("TEXT", 7), -2);
+
+    LockAllOutgoingMessageParameters(gOutgoingUserMessageParameterDataNodeList);
+    UnLockAllOutgoingMessageParameters(gOutgoingUserMessageParameterDataNodeList);
+    EXPECT_EQ(SetOutgoingMessageParameterFromStr("LST2", std::string(100, 'g').c_str(), 1), 0);
+
+    Call(TPX1ClearOutgoingMessage, 31, "");
+    EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);
+    EXPECT_EQ(Describe(gOutgoingStdBevaviorMessageParameterDataNodeList), "MSSG=BYE ;");
+    DisposeOutgoingMessageParameterList(3);
+    RemoveOutgoingMessageParameterFromList("*", 2);
+    EXPECT_EQ(gOutgoingStdBevaviorMessageParameterDataNodeList, nullptr);
+}
