@@ -3,7 +3,9 @@
  * addressed to this process's own signature (or serial number) is copied into the queue;
  * any other goes to the bus. Events received from the bus wait in the same queue.
  * AEProcessEvents hands queued events to their handlers on the caller's thread, never
- * inside AESend, and answers the bus sender with the handler's result.
+ * inside AESend, and answers the bus sender with the handler's result. AEGetEventFD is
+ * one epoll descriptor that is readable while events wait in the queue (an eventfd) or
+ * the bus has something to read, so a host can poll a single descriptor.
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
@@ -11,6 +13,10 @@
 
 #include <cstring>
 #include <deque>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace {
 
@@ -24,6 +30,39 @@ struct QueuedEvent {
 };
 
 std::deque<QueuedEvent> gQueue;
+int gEpollFD = -1;
+int gWaitingFD = -1;       /* eventfd: readable while the queue holds events */
+int gWatchedBusFD = -1;
+
+bool EnsureEventFDs(void)
+{
+    if (gEpollFD >= 0) return true;
+    gEpollFD = epoll_create1(EPOLL_CLOEXEC);
+    gWaitingFD = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (gEpollFD < 0 || gWaitingFD < 0) {
+        if (gEpollFD >= 0) close(gEpollFD);
+        if (gWaitingFD >= 0) close(gWaitingFD);
+        gEpollFD = gWaitingFD = -1;
+        return false;
+    }
+    struct epoll_event watch;
+    memset(&watch, 0, sizeof watch);
+    watch.events = EPOLLIN;
+    epoll_ctl(gEpollFD, EPOLL_CTL_ADD, gWaitingFD, &watch);
+    if (!gQueue.empty()) eventfd_write(gWaitingFD, 1);
+    return true;
+}
+
+void SignalWaiting(void)
+{
+    if (gWaitingFD >= 0) eventfd_write(gWaitingFD, 1);
+}
+
+void ClearWaiting(void)
+{
+    eventfd_t value;
+    if (gWaitingFD >= 0) eventfd_read(gWaitingFD, &value);
+}
 
 /* The signature an event goes to, from its 'sign' or 'psn ' address; 0 when it has none. */
 OSErr ResolveTarget(const AEDescRecord *record, OSType *signature, bool *toSelf)
@@ -64,11 +103,21 @@ void MakeAnswer(AppleEvent *reply, OSErr handlerResult)
 void AEQueueIncoming(AEDescRecord *event, AEReplyProc reply, void *token)
 {
     gQueue.push_back(QueuedEvent{event, reply, token});
+    SignalWaiting();
 }
 
-int32_t AEQueueLength(void)
+void AEQueueWatchBusFD(int fd)
 {
-    return (int32_t)gQueue.size();
+    if (fd == gWatchedBusFD || !EnsureEventFDs()) return;
+    /* A closed descriptor has already left the set; deleting it again is harmless. */
+    if (gWatchedBusFD >= 0) epoll_ctl(gEpollFD, EPOLL_CTL_DEL, gWatchedBusFD, nullptr);
+    gWatchedBusFD = fd;
+    if (fd < 0) return;
+    struct epoll_event watch;
+    memset(&watch, 0, sizeof watch);
+    watch.events = EPOLLIN;
+    watch.data.fd = fd;
+    epoll_ctl(gEpollFD, EPOLL_CTL_ADD, fd, &watch);
 }
 
 void AEQueueClear(void)
@@ -79,6 +128,7 @@ void AEQueueClear(void)
         if (item.reply) item.reply(item.token, errAEEventNotHandled);
         AEFreeRecord(item.event);
     }
+    ClearWaiting();
 }
 
 OSErr QueueSend(const AppleEvent *event, AppleEvent *reply, int32_t sendMode, int16_t sendPriority,
@@ -130,7 +180,9 @@ OSErr QueueRemoveHandler(AEEventClass eventClass, AEEventID eventID, AEEventHand
 
 int QueueGetEventFD(void)
 {
-    return BusCurrent()->xGetFD();
+    if (!EnsureEventFDs()) return BusCurrent()->xGetFD();
+    AEQueueWatchBusFD(BusCurrent()->xGetFD());
+    return gEpollFD;
 }
 
 int32_t QueueProcessEvents(void)
@@ -157,6 +209,8 @@ int32_t QueueProcessEvents(void)
         if (item.reply) item.reply(item.token, result);
         DescDispose(&event);
     }
+    if (gQueue.empty()) ClearWaiting();
+    AEQueueWatchBusFD(BusCurrent()->xGetFD());
     return dispatched;
 }
 
@@ -164,7 +218,11 @@ extern "C" int32_t PlatformEventWait(int32_t timeoutMs)
 {
     if (gQueue.empty()) {
         BusCurrent()->xPump();
-        if (gQueue.empty()) BusCurrent()->xWait(timeoutMs);
+        if (gQueue.empty()) {
+            struct pollfd wait = {QueueGetEventFD(), POLLIN, 0};
+            if (wait.fd >= 0) poll(&wait, 1, timeoutMs);
+            else if (timeoutMs > 0) usleep((useconds_t)timeoutMs * 1000);
+        }
     }
     return QueueProcessEvents();
 }

@@ -75,7 +75,8 @@ void AEHandlerClearAll(void);
  * handler's result and releases it (also with the result when nobody handled it). */
 typedef void (*AEReplyProc)(void *token, OSErr result);
 void AEQueueIncoming(AEDescRecord *event, AEReplyProc reply, void *token);   /* takes the record */
-int32_t AEQueueLength(void);
+/* The bus's descriptor changed (-1: no bus): AEGetEventFD's set follows it. */
+void AEQueueWatchBusFD(int fd);
 void AEQueueClear(void);
 
 /* ---- The current process (ProcessCurrent.cpp) ---- */

@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <poll.h>
 
 namespace {
@@ -42,6 +41,7 @@ void ReleaseConnection(bool flush)
     }
     gBus = nullptr;
     BusDBusForgetNames();
+    AEQueueWatchBusFD(-1);
 }
 
 void CloseAtExit(void)
@@ -104,6 +104,7 @@ OSErr Open(void)
         atexit(CloseAtExit);
         gExitHookSet = true;
     }
+    AEQueueWatchBusFD(sd_bus_get_fd(bus));
     RequestOwnName(PlatformProcessSignature());
     if (!gBus) return connectionInvalid;
     BusDBusLoadNames(bus);
@@ -138,19 +139,6 @@ void DBusPump(void)
     BusDBusReapChildren();
 }
 
-void DBusWait(int32_t timeoutMs)
-{
-    if (!gBus) {
-        if (timeoutMs > 0) {
-            struct timespec pause = {timeoutMs / 1000, (long)(timeoutMs % 1000) * 1000000L};
-            nanosleep(&pause, nullptr);
-        }
-        return;
-    }
-    int r = sd_bus_wait(gBus, timeoutMs < 0 ? (uint64_t)-1 : (uint64_t)timeoutMs * 1000);
-    if (r < 0) BusDBusFailure(r);
-}
-
 OSErr DBusLaunch(const std::string &executable, const std::string &document, OSType expected,
                  ProcessSerialNumber *psn)
 {
@@ -163,7 +151,7 @@ void DBusClose(void)
 }
 
 const Tpx1BusMethods kDBusMethods = {
-    DBusEnsureOpen,     DBusSignatureChanged, BusDBusSendEvent, DBusGetFD,  DBusPump, DBusWait,
+    DBusEnsureOpen,     DBusSignatureChanged, BusDBusSendEvent, DBusGetFD,  DBusPump,
     BusDBusNextProcess, BusDBusProcessInfo,   BusDBusActivate,  DBusLaunch, DBusClose,
 };
 

@@ -18,21 +18,6 @@ const Tpx1BusMethods *BusCurrent(void)
     return gBus;
 }
 
-bool BusFindSignature(OSType signature, ProcessSerialNumber *psn)
-{
-    if (!signature) return false;
-    const Tpx1BusMethods *bus = BusCurrent();
-    ProcessSerialNumber cursor{0, kNoProcess};
-    while (bus->xNextProcess(&cursor) == noErr) {
-        BusProcess process;
-        if (bus->xProcessInfo(&cursor, &process) == noErr && process.signature == signature) {
-            if (psn) *psn = cursor;
-            return true;
-        }
-    }
-    return false;
-}
-
 static void SwitchBus(const Tpx1BusMethods *next)
 {
     const Tpx1BusMethods *previous = BusCurrent();

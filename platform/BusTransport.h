@@ -32,8 +32,6 @@ struct Tpx1BusMethods {
     int (*xGetFD)(void);
     /* Reads everything waiting without blocking; received events go to the queue. */
     void (*xPump)(void);
-    /* Waits (at most timeoutMs, -1 forever) until something can be read. */
-    void (*xWait)(int32_t timeoutMs);
     /* The process table: from kNoProcess the first, procNotFound after the last. */
     OSErr (*xNextProcess)(ProcessSerialNumber *psn);
     OSErr (*xProcessInfo)(const ProcessSerialNumber *psn, BusProcess *out);
@@ -48,8 +46,6 @@ struct Tpx1BusMethods {
 const Tpx1BusMethods *BusCurrent(void);
 const Tpx1BusMethods *BusDBusMethods(void);
 const Tpx1BusMethods *BusMemoryMethods(void);
-/* Finds a running application by signature in the current transport's table. */
-bool BusFindSignature(OSType signature, ProcessSerialNumber *psn);
 /* Empties the memory bus's tables. */
 void BusMemoryReset(void);
 /* This process as a bus process record. */

@@ -82,8 +82,6 @@ int MemoryGetFD(void)
 
 void MemoryPump(void) {}
 
-void MemoryWait(int32_t) {}
-
 OSErr MemoryNextProcess(ProcessSerialNumber *psn)
 {
     bool selfListed = PlatformProcessSignature() != 0;
@@ -150,7 +148,7 @@ OSErr MemoryLaunch(const std::string &executable, const std::string &document, O
 void MemoryClose(void) {}
 
 const Tpx1BusMethods kMemoryBus = {
-    MemoryEnsureOpen, MemorySignatureChanged, MemorySend,     MemoryGetFD,  MemoryPump,  MemoryWait,
+    MemoryEnsureOpen, MemorySignatureChanged, MemorySend,     MemoryGetFD,  MemoryPump,
     MemoryNextProcess, MemoryProcessInfo,     MemoryActivate, MemoryLaunch, MemoryClose,
 };
 

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <poll.h>
 #include <functional>
 #include <spawn.h>
 #include <sstream>
@@ -390,18 +391,46 @@ TEST_F(DBusEvents, ALostBusFailsSendsAndAHandlerInstallReconnects)
     StopDaemon();
     AEProcessEvents();
     EXPECT_EQ(connectionInvalid, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
-    EXPECT_EQ(-1, AEGetEventFD());
-    /* In-process events still work without a bus. */
+    /* In-process events still work without a bus, and the event descriptor says so. */
+    struct pollfd ready = {AEGetEventFD(), POLLIN, 0};
+    EXPECT_EQ(0, poll(&ready, 1, 0));
     EXPECT_EQ(noErr, SendText(kSelf, {{kKeyMSSG, "SELF"}}));
+    EXPECT_EQ(1, poll(&ready, 1, 0));
     EXPECT_EQ(1, AEProcessEvents());
     ASSERT_EQ(1u, gGot.size());
 
     StartDaemon("bus2");
     EXPECT_EQ(connectionInvalid, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
     ASSERT_EQ(noErr, AEInstallEventHandler(kVesk, kAevt, Collect, 0, false));
-    EXPECT_GE(AEGetEventFD(), 0);
     EXPECT_TRUE(PlatformBusOwnsSignatureName());
     EXPECT_EQ(procNotFound, SendText(kTopolux, {{kKeyMSSG, "HOLA"}}));
+
+    /* The same descriptor now wakes for events from the new bus. */
+    EXPECT_EQ(ready.fd, AEGetEventFD());
+    pid_t sender = StartVesk({"send", "--to", "FMP7", "--from", "NMB5", "MSSG=HOLA", "SIGN=NMB5"});
+    ASSERT_GT(sender, 0);
+    EXPECT_EQ(1, poll(&ready, 1, 20000));
+    ASSERT_TRUE(PumpUntil([] { return gGot.size() == 2; }));
+    EXPECT_EQ(FOUR_CHAR('N', 'M', 'B', '5'), gGot[1].sender);
+    EXPECT_EQ("HOLA", Text(gGot[1], kKeyMSSG));
+}
+
+TEST_F(DBusEvents, APrivateDaemonServesAProcessWithoutASessionBus)
+{
+    PlatformSetProcessSignature(0);
+    PlatformBusClose();
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    ASSERT_EQ(noErr, PlatformBusStartPrivateDaemon());
+    const char *address = getenv("DBUS_SESSION_BUS_ADDRESS");
+    ASSERT_NE(nullptr, address);
+    std::string own = address;
+    PlatformSetProcessSignature(kSelf);
+    EXPECT_TRUE(PlatformBusOwnsSignatureName());
+    EXPECT_EQ(own, std::string(PlatformBusAddress()));
+    PlatformSetProcessSignature(0);
+    PlatformBusClose();
+    PlatformBusStopPrivateDaemon();
+    EXPECT_EQ(nullptr, getenv("DBUS_SESSION_BUS_ADDRESS"));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <poll.h>
 #include <string>
 #include <vector>
 
@@ -223,8 +224,11 @@ TEST_F(EventDescriptors, EventsToSelfWaitInTheQueueUntilProcessed)
     AEDisposeDesc(&event);
     EXPECT_TRUE(gReceived.empty());
     EXPECT_EQ(0, PlatformMemoryBusSentCount(0));
+    struct pollfd ready = {AEGetEventFD(), POLLIN, 0};
+    EXPECT_EQ(1, poll(&ready, 1, 0));
 
     EXPECT_EQ(1, AEProcessEvents());
+    EXPECT_EQ(0, poll(&ready, 1, 0));
     ASSERT_EQ(1u, gReceived.size());
     EXPECT_EQ(kAEMiscStandards, gReceived[0].cls);
     EXPECT_EQ(kSelf, gReceived[0].sender);
