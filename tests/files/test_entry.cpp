@@ -1,0 +1,52 @@
+/*
+ * test_entry.cpp: the file functions as a host reaches them, through the plug-in's
+ * entry, after Init has filled the application globals from the process.
+ */
+#include "FilesFixture.h"
+
+#include "host/HostCore.h"
+#include "plugin/Plugin.h"
+#include "store/DataNode.h"
+
+class EntryTest : public FilesTest {
+protected:
+    void SetUp() override
+    {
+        FilesTest::SetUp();
+        DisposeDataLists();   /* Init makes its own */
+        plugin_.entry = RunHostCall;
+        ASSERT_EQ(HostInit(&plugin_, 60), 51);
+    }
+    void TearDown() override
+    {
+        HostShutdown(&plugin_);
+        FilesTest::TearDown();
+    }
+    std::string External(int id, const std::string &arg) { return HostCallExternal(&plugin_, id, arg); }
+    HostPlugin plugin_;
+};
+
+TEST_F(EntryTest, FileFunctionsThroughTheEntry)
+{
+    MakeFolder("Site/Out");
+    WriteFile("Site/site.ref", "");
+    WriteFile("Site/report.rpf", "header CKTR2004 body fdtR2007 PHTR2000 end");
+    WriteFile("Apps/BaseDirectoryList.txt", Classic("Nowhere") + "\r" + Classic("Site") + ":\r");
+    const std::string ref = "|:site.ref";
+
+    EXPECT_EQ(External(7, ":x.txt"), AppFolder() + "x.txt");
+    EXPECT_EQ(External(7, ":x.txt" + ref), Classic("Site:x.txt"));
+    EXPECT_EQ(External(8, ":report.rpf" + ref), "TRUE");
+    EXPECT_EQ(External(58, ":report.rpf" + ref), "2004 2007");
+    EXPECT_EQ(External(9, ":report.rpf|:Out:copy.rpf" + ref), "");
+    EXPECT_EQ(External(61, ":Out:copy.rpf" + ref), Classic("Site:Out:copy.rpf") + "\r");
+    EXPECT_EQ(External(59, "2009|:Out:copy.rpf" + ref), "");
+    EXPECT_EQ(External(60, "8|8|:Out:copy.rpf" + ref), "CKTR2009");
+    EXPECT_EQ(External(10, ":Out:copy.rpf" + ref), "");
+    EXPECT_FALSE(Exists("Site/Out/copy.rpf"));
+    EXPECT_EQ(External(63, ":Out:new.txt" + ref), Posix("Site/Out/new.txt"));
+    EXPECT_TRUE(Exists("Site/Out/new.txt"));
+    EXPECT_TRUE(TakeDialogs().empty());
+    EXPECT_EQ(External(12, ""), "Error");
+    EXPECT_EQ(TakeDialogs(), std::vector<std::string>{"TPX1UnzipFiles is not supported on the MAC."});
+}
