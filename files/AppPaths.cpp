@@ -42,8 +42,8 @@ void GetAppFullPathName(char *out)
         FSSpec appSpec;
         char path[kPathSize];
         gAppFullPathName[0] = 0;
-        if (GetCurrentProcessInfo(&info, &appSpec) == noErr &&
-            GetFullPathFromFSSpec(&appSpec, path) == noErr && strlen(path) <= kMaxAppPathLength) {
+        if (GetCurrentProcessInfo(&info, &appSpec) == noErr && GetFullPathFromFSSpec(&appSpec, path) == noErr) {
+            path[kMaxAppPathLength] = 0;   /* the name is appended only as far as 250 characters */
             strcpy(gAppFullPathName, path);
         }
         gAppFullPathKnown = true;
