@@ -37,5 +37,5 @@ echo "== lst2-outgoing.fmh"
 echo "== lst2-incoming.fmh"
 "$build/fmhost" "$here/lst2-incoming.fmh" || status=1
 echo "== what the stand-in TOPOLUX received"
-grep '^event' "$work/partner.log" || true
+cat "$work/partner.log"
 exit $status
