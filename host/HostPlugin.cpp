@@ -96,7 +96,15 @@ void HostUnloadPlugin(HostPlugin *plugin)
 int32_t HostCallRaw(HostPlugin *plugin, uint8_t whichCall, int16_t hostVersion, int8_t parm1,
                     int32_t parm2, FMX_Handle parm3, FMX_Handle resultHandle)
 {
-    FMX_ExternCallBlock block{};
+    /* The plug-in keeps the block's address between calls (an event handler that runs
+     * between calls allocates through it), so blocks live for the whole process: one per
+     * nesting level, as FileMaker keeps the block of the innermost call valid. */
+    static FMX_ExternCallBlock blocks[16];
+    static int depth = 0;
+    if (depth >= 16)
+        return -1;
+    FMX_ExternCallBlock &block = blocks[depth];
+    block = FMX_ExternCallBlock{};
     HostMemoryInstall(&block);
     block.hostVersion = hostVersion;
     block.resFileRef = plugin->resFileRef;
@@ -110,8 +118,10 @@ int32_t HostCallRaw(HostPlugin *plugin, uint8_t whichCall, int16_t hostVersion, 
         block.result.value = 0;
     HostMarkHandleInCall(parm3, true);
     HostMarkHandleInCall(resultHandle, true);
+    depth++;
     if (plugin->entry)
         plugin->entry(&block);
+    depth--;
     HostMarkHandleInCall(parm3, false);
     HostMarkHandleInCall(resultHandle, false);
     return resultHandle ? 0 : block.result.value;

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/EventService.h"
 #include "platform/Processes.h"
 
 namespace {
@@ -153,6 +154,12 @@ int main(int argc, char **argv)
     int status = ParseOptions(argc, argv, &options);
     if (status >= 0)
         return status;
+
+    /* Without a session bus, a private one lives as long as fmhost, and the partners it
+     * launches get its address, so messaging works without a desktop session. */
+    const char *busAddress = getenv("DBUS_SESSION_BUS_ADDRESS");
+    if ((busAddress == nullptr || busAddress[0] == 0) && PlatformBusStartPrivateDaemon() != noErr)
+        fprintf(stderr, "fmhost: no message bus: messaging with other applications is off\n");
 
     const char *s = options.signature.c_str();
     PlatformSetProcessSignature(FOUR_CHAR(s[0], s[1], s[2], s[3]));

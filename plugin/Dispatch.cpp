@@ -15,6 +15,20 @@
 
 typedef void (*ExternalFunction)(long funcId, char **argHandle, char **resultHandle);
 
+/* As the host reaches it, asking for a file name to write ignores the solution's text:
+ * the save dialog starts with an empty proposed name. */
+static void AskUserForFileNameToWriteAsDispatched(long funcId, char **argHandle, char **resultHandle)
+{
+    char ignored[256];
+    char path[256] = {0};
+    strcpyFHandleToCStr(ignored, sizeof ignored, argHandle);
+    if (!AskUserForFileNameToWrite(path))
+        path[0] = 0;
+    OSErr err = SetResultsHandle(resultHandle, path);
+    if (err != 0)
+        ReportErrorToUser(funcId, err);
+}
+
 static const ExternalFunction gExternalFunctions[kFunctionCount] = {
     TPX1Version,                                /* 0 */
     TPX1TabChar,                                /* 1 */
@@ -31,7 +45,7 @@ static const ExternalFunction gExternalFunctions[kFunctionCount] = {
     TPX1UnzipFiles,                             /* 12 */
     TPX1UnzipFilesBatchMode,                    /* 13 */
     TPX1AskUserForFileNameToRead,               /* 14 */
-    TPX1AskUserForFileNameToWrite,              /* 15 */
+    AskUserForFileNameToWriteAsDispatched,      /* 15 */
     TPX1SetKnownFriend,                         /* 16 */
     TPX1SetHandledMessages,                     /* 17 */
     TPX1SetMessageHandlingScriptTo,             /* 18 */

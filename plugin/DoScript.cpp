@@ -54,10 +54,9 @@ OSErr SendDoScript(const char *scriptName, unsigned long signature)
     AEInitializeDesc(&address);
     AEInitializeDesc(&event);
     AEInitializeDesc(&reply);
-    uint8_t signatureBytes[4] = {(uint8_t)(signature >> 24), (uint8_t)(signature >> 16),
-                                 (uint8_t)(signature >> 8), (uint8_t)signature};
+    OSType target = (OSType)signature;
 
-    OSErr err = AECreateDesc(typeApplSignature, signatureBytes, 4, &address);
+    OSErr err = AECreateDesc(typeApplSignature, &target, sizeof target, &address);
     if (err == noErr)
         err = AECreateAppleEvent(kAEMiscStandards, kAEDoScript, &address, kAutoGenerateReturnID,
                                  kAnyTransactionID, &event);

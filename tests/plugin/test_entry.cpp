@@ -1,0 +1,107 @@
+/*
+ * test_entry.cpp: the plug-in loaded as a host loads it (dlopen of tpx1.fmx, calls
+ * through FMExternCallProc with fmhost's host memory): the Init version range, the
+ * current resource file around every call, the dispatcher's handling of ids and
+ * arguments, the character functions, and an error report's exact text.
+ */
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "host/HostCore.h"
+#include "platform/Toolbox.h"
+
+namespace {
+
+class PluginEntry : public ::testing::Test {
+protected:
+    HostPlugin plugin;
+    void SetUp() override
+    {
+        PlatformDialogUseRecorder();
+        PlatformDialogClearRecord();
+        std::string error;
+        ASSERT_EQ(0, HostLoadPlugin(TPX1_FMX_PATH, &plugin, &error)) << error;
+    }
+    std::string Call(const char *name, const std::string &arg)
+    {
+        int id = HostFunctionId(&plugin, name);
+        EXPECT_GE(id, 0) << name;
+        return HostCallExternal(&plugin, id, arg);
+    }
+    std::string LastDialogText()
+    {
+        int32_t n = PlatformDialogRecordedCount();
+        return n > 0 ? std::string(PlatformDialogRecorded(n - 1)->text) : std::string("<no dialog>");
+    }
+};
+
+TEST_F(PluginEntry, InitAcceptsHostVersions50To255Only)
+{
+    EXPECT_EQ(-1, HostInit(&plugin, 49));
+    EXPECT_EQ("", Call("TPX1GetGlobalList", "SYSENV")) << "no global may exist after a refused Init";
+    EXPECT_EQ(-1, HostInit(&plugin, 256));
+    EXPECT_EQ(51, HostInit(&plugin, 50));
+    EXPECT_EQ("TOPOLUX plugin ver 8.0", Call("TPX1Version", ""));
+    EXPECT_EQ("TOPOLUX plugin ver 8.0", Call("TPX1GetGlobal", "Plugin Version"));
+    EXPECT_EQ("", Call("TPX1GetGlobal", "App DOC"));
+    EXPECT_EQ(51, HostInit(&plugin, 255));
+    HostShutdown(&plugin);
+    EXPECT_EQ(0, HostMemoryLiveHandles() + HostMemoryLivePointers());
+}
+
+TEST_F(PluginEntry, EveryCallLeavesTheCurrentResourceFileAsItWas)
+{
+    UseResFile(0);
+    for (uint8_t selector : {0, 1, 2, 3, 4, 5, 7, 200}) {
+        HostCallRaw(&plugin, selector, 60, 0, 1, nullptr, nullptr);
+        EXPECT_EQ(0, CurResFile()) << "selector " << int(selector);
+    }
+    UseResFile(plugin.resFileRef);
+    HostInit(&plugin, 60);
+    Call("TPX1TabChar", "");
+    EXPECT_EQ(plugin.resFileRef, CurResFile());
+    HostShutdown(&plugin);
+}
+
+TEST_F(PluginEntry, CharacterFunctionsAndUnknownIds)
+{
+    HostInit(&plugin, 60);
+    EXPECT_EQ("A", Call("TPX1Ascii2Char", "65"));
+    EXPECT_EQ("A", Call("TPX1Ascii2Char", "321"));
+    EXPECT_EQ("A", Call("TPX1Ascii2Char", "  +65xyz"));
+    for (const char *empty : {"0", "", "abc", "256"})
+        EXPECT_EQ("", Call("TPX1Ascii2Char", empty)) << empty;
+    EXPECT_EQ("\t", Call("TPX1TabChar", "ignored"));
+    EXPECT_EQ("\r", Call("TPX1ReturnChar", ""));
+    EXPECT_EQ("\"", Call("TPX1DoubleQuoteChar", ""));
+    for (int id : {66, -5, -1, 1000})
+        EXPECT_EQ("", HostCallExternal(&plugin, id, "65"));
+    EXPECT_EQ(0, PlatformDialogRecordedCount()) << "unknown ids report nothing";
+    HostShutdown(&plugin);
+}
+
+TEST_F(PluginEntry, ErrorReportNamesTheFunctionEvenWithABadResourceReference)
+{
+    plugin.resFileRef = 999;   /* names no open file: the plug-in's own table answers */
+    HostInit(&plugin, 60);
+    Call("TPX1SetGlobal", "NoBar");
+    EXPECT_EQ("An error occurred in the plug-in function TPX1SetGlobal.\r\rError: -222\r\r", LastDialogText());
+    HostShutdown(&plugin);
+}
+
+TEST_F(PluginEntry, ArgumentThatCannotBeTerminatedIsReportedAndNothingRuns)
+{
+    HostInit(&plugin, 60);
+    HostMemorySetFailure(1, kHostFailOnce);
+    /* The host's own argument and result handles are made before the call; the first
+     * allocation the plug-in asks for is growing the argument by its terminator. */
+    std::string result = Call("TPX1SetGlobal", "Count|1");
+    HostMemorySetFailure(0, kHostFailOff);
+    EXPECT_EQ("", result);
+    EXPECT_EQ("Not enough memory to complete this operation.\r\r\r\r", LastDialogText());
+    EXPECT_EQ("", Call("TPX1GetGlobal", "Count"));
+    HostShutdown(&plugin);
+}
+
+}  // namespace
