@@ -158,6 +158,7 @@ struct HostSession {
     int errors = 0;                 /* runtime errors */
     int depth = 0;                  /* nesting of running scripts */
     bool recorder = false;          /* the dialog recorder is in use */
+    bool quietEmpty = false;        /* script files: a bare calculation with an empty result prints nothing */
     int dialogsEchoed = 0;
     int dialogsChecked = 0;
     long expectedLeaks = -1;        /* from expect leaks, checked after Shutdown */

@@ -88,7 +88,7 @@ void HostRunStatement(HostSession *session, const HostStatement &s)
     std::string value, other;
     switch (s.kind) {
     case kStmtCalc:
-        if (Evaluate(session, s.exprs[0], &value))
+        if (Evaluate(session, s.exprs[0], &value) && !(value.empty() && session->quietEmpty))
             fprintf(session->out, "%s\n", HostVisibleText(value).c_str());
         break;
     case kStmtShow:

@@ -202,6 +202,7 @@ int main(int argc, char **argv)
     HostSessionBegin(&session, &plugin, &program);
     session.hostVersion = static_cast<int16_t>(options.hostVersion);
     session.idleMs = static_cast<int>(options.idleMs);
+    session.quietEmpty = !options.file.empty();
     if (program.usesDialogs)
         HostDialogsUseRecorder(&session);
     HostEventsInstall();

@@ -45,7 +45,9 @@ TEST_F(PluginEntry, InitAcceptsHostVersions50To255Only)
     EXPECT_EQ("TOPOLUX plugin ver 8.0", Call("TPX1Version", ""));
     EXPECT_EQ("TOPOLUX plugin ver 8.0", Call("TPX1GetGlobal", "Plugin Version"));
     EXPECT_EQ("", Call("TPX1GetGlobal", "App DOC"));
+    HostShutdown(&plugin);
     EXPECT_EQ(51, HostInit(&plugin, 255));
+    EXPECT_EQ("TOPOLUX plugin ver 8.0", Call("TPX1Version", ""));
     HostShutdown(&plugin);
     EXPECT_EQ(0, HostMemoryLiveHandles() + HostMemoryLivePointers());
 }
