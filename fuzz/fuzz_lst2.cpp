@@ -121,6 +121,7 @@ std::string ModelColumns(const std::string &format, const std::string &text, boo
             }
     }
     std::string out;
+    bool composed = false;
     long count = NumLinesInText(text.c_str());
     for (long i = 0; i < count; i++) {
         char line[256];
@@ -134,6 +135,7 @@ std::string ModelColumns(const std::string &format, const std::string &text, boo
             *fileError = true;
             return "";
         }
+        composed = true;
         for (int slot = 0; slot < 10; slot++) {
             int code = codes[slot];
             if (code == 0 || code > 6)
@@ -142,6 +144,10 @@ std::string ModelColumns(const std::string &format, const std::string &text, boo
             out += code == 1 ? id : code == 2 ? layer : code == 3 ? map : kFixed[code - 1];
         }
     }
+    /* Appending an empty line to the empty result leaves its terminator, and removing
+     * the trailing terminator leaves a handle of one byte alone: one NUL comes back. */
+    if (composed && out.empty())
+        return std::string(1, '\0');
     return out;
 }
 

@@ -10,7 +10,7 @@
  *
  * Input: a mode byte (bits 0-1: as is / first border / second border / repeated;
  * bit 4: rewrite through TPX1ChangeRepformIDsInFile; bit 5: the host refuses the first
- * buffer), a year byte (from 250 on: a year out of range), a shift byte (-128..127
+ * buffer of the straight scan and rewrite), a year byte (from 250 on: a year out of range), a shift byte (-128..127
  * bytes around the border), a filler byte, then the payload.
  */
 #include <cstdint>
@@ -135,10 +135,7 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
     /* The rewrite. */
     int newYear = yearByte >= 250 ? (yearByte & 1 ? 1999 : 2010) : 2000 + yearByte % 10;
     if ((mode & 0x10) || newYear < 2000 || newYear > 2009) {
-        if (mode & 0x20)
-            HostMemorySetFailure(1, kHostFailOnce);
         std::string result = HostCallExternal(plugin, 59, std::to_string(newYear) + "|" + path);
-        HostMemorySetFailure(0, kHostFailOff);
         bool outOfRange = newYear < 2000 || newYear > 2009;
         std::string expectedResult =
             outOfRange ? "Programmer Error: TPX1ChangeRepformIDsInFile year must be between 2000 and 2009" : "";
