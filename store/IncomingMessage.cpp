@@ -28,7 +28,12 @@ long GetIncomingMessageParameterInListAsStr(const char *keyword, char *buffer, l
     return strcpyFHandleToCStr(buffer, size, data) >= size ? 1 : 0;
 }
 
+/* A parameter the current message lacks reads as the empty text; with no current
+ * message at all the lookup fails (-2802), after emptying the result all the same. */
 OSErr GetIncomingMessageParameterInListAsResultHandle(const char *keyword, char **result)
 {
-    return CopyFHandleToResultHandle(GetTheIncomingMessageParameterDataHandleFromList_NotACopy(keyword), result);
+    OSErr err = CopyFHandleToResultHandle(GetTheIncomingMessageParameterDataHandleFromList_NotACopy(keyword), result);
+    if (err == noErr && gIncomingMessageParameterDataNodeList == nullptr)
+        err = -2802;
+    return err;
 }
