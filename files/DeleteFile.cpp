@@ -24,14 +24,8 @@ static void WaitOneSecondForBusyFile(void)
 
 void TPX1DeleteFile(long funcId, char **argHandle, char **resultHandle)
 {
-    char argument[512];
     char resolved[kPathSize];
-    CopyArgumentText(argHandle, argument, sizeof argument);
-    if (ResolvePathAndReference(argument, resolved) != noErr) {
-        SetResultTextOrReport(funcId, resultHandle, kResolveFailedText);
-        return;
-    }
-    if (!FileExists(resolved))
+    if (!ResolveExistingFileArgument(funcId, argHandle, resultHandle, resolved))
         return;
     Str255 pascalPath;
     MakePascalPath(resolved, pascalPath);

@@ -3,6 +3,7 @@
  * buffer back-off shared by the file functions.
  */
 #include "files/FileSupport.h"
+#include "files/FileOps.h"
 
 #include <cstring>
 
@@ -105,4 +106,15 @@ char *NewBufferBackingOff(long size, long step, long extra, long *granted)
         size -= step;
     }
     return nullptr;
+}
+
+bool ResolveExistingFileArgument(long funcId, char **argHandle, char **resultHandle, char *resolved)
+{
+    char argument[512];
+    CopyArgumentText(argHandle, argument, sizeof argument);
+    if (ResolvePathAndReference(argument, resolved) != noErr) {
+        SetResultTextOrReport(funcId, resultHandle, kResolveFailedText);
+        return false;
+    }
+    return FileExists(resolved);
 }

@@ -29,6 +29,11 @@ void CopyPathPiece(char *dest, const char *src);
  * resolves the path into resolved. Returns the resolver's error. */
 OSErr ResolvePathAndReference(char *pathAndReference, char *resolved);
 
+/* The common start of the functions that take "path|reference" and work on an existing
+ * file: the argument is resolved into resolved (a failure sets the result to the
+ * resolver's failure text) and the file must exist. True when the function goes on. */
+bool ResolveExistingFileArgument(long funcId, char **argHandle, char **resultHandle, char *resolved);
+
 /* Sets the result to text; an error in doing so is reported with funcId. */
 void SetResultTextOrReport(long funcId, char **resultHandle, const char *text);
 

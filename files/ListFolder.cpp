@@ -86,14 +86,8 @@ OSErr MakeListOfMatchingItemsInFolder(const char *path, char **result)
 
 void TPX1GetListOfFilesInFolder(long funcId, char **argHandle, char **resultHandle)
 {
-    char argument[512];
     char resolved[kPathSize];
-    CopyArgumentText(argHandle, argument, sizeof argument);
-    if (ResolvePathAndReference(argument, resolved) != noErr) {
-        SetResultTextOrReport(funcId, resultHandle, kResolveFailedText);
-        return;
-    }
-    if (!FileExists(resolved))
+    if (!ResolveExistingFileArgument(funcId, argHandle, resultHandle, resolved))
         return;
     OSErr err = MakeListOfMatchingItemsInFolder(resolved, resultHandle);
     if (err != noErr)

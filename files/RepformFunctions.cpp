@@ -20,14 +20,8 @@ static void ReportRepformFailure(long funcId, OSErr err, const char *errorText)
 
 void TPX1GetRepformYearsFromIDs(long funcId, char **argHandle, char **resultHandle)
 {
-    char argument[512];
     char resolved[kPathSize];
-    CopyArgumentText(argHandle, argument, sizeof argument);
-    if (ResolvePathAndReference(argument, resolved) != noErr) {
-        SetResultTextOrReport(funcId, resultHandle, kResolveFailedText);
-        return;
-    }
-    if (!FileExists(resolved))
+    if (!ResolveExistingFileArgument(funcId, argHandle, resultHandle, resolved))
         return;
     bool years[10];
     const char *errorText = nullptr;

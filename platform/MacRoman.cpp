@@ -37,6 +37,55 @@ int32_t SourceLength(const char *src, int32_t srcLen)
     return srcLen < 0 ? (int32_t)strlen(src) : srcLen;
 }
 
+/* Runs one conversion with the descriptor in *slot (opened on first use); a character
+ * iconv refuses becomes one '?', and skip(in, inLeft) says how many source bytes it took.
+ * *firstBad, when given, gets the source offset of the first refused character. */
+int32_t Convert(iconv_t *slot, const char *to, const char *from, const char *src, int32_t srcLen, char *dst,
+                int32_t dstSize, int32_t *firstBad, size_t (*skip)(const char *in, size_t inLeft))
+{
+    if (firstBad) *firstBad = -1;
+    if (!dst || dstSize < 1) return -1;
+    if (!src) src = "";
+    srcLen = SourceLength(src, srcLen);
+    std::lock_guard<std::mutex> hold(gIconvLock);
+    iconv_t cd = OpenConverter(slot, to, from);
+    if (cd == (iconv_t)-1) return -1;
+    char *in = const_cast<char *>(src);
+    size_t inLeft = srcLen;
+    char *out = dst;
+    size_t outLeft = dstSize - 1;
+    while (inLeft > 0) {
+        if (iconv(cd, &in, &inLeft, &out, &outLeft) != (size_t)-1) break;
+        if (errno == E2BIG) return -1;
+        if (firstBad && *firstBad < 0) *firstBad = (int32_t)(in - src);
+        if (outLeft < 1) return -1;
+        *out++ = '?';
+        outLeft--;
+        size_t taken = skip(in, inLeft);
+        in += taken;
+        inLeft -= taken;
+        iconv(cd, nullptr, nullptr, nullptr, nullptr);
+    }
+    *out = 0;
+    return (int32_t)(out - dst);
+}
+
+/* Every Mac Roman byte has a Unicode form; should iconv refuse one, it is one byte. */
+size_t SkipOneByte(const char *, size_t)
+{
+    return 1;
+}
+
+/* EILSEQ (no Mac Roman form, or not UTF-8) or EINVAL (cut off at the end): the whole
+ * UTF-8 character goes, as far as its continuation bytes are there. */
+size_t SkipUTF8Character(const char *in, size_t inLeft)
+{
+    size_t skip = UTF8SequenceLength((unsigned char)*in);
+    for (size_t i = 1; i < skip && i < inLeft; i++)
+        if (((unsigned char)in[i] & 0xC0) != 0x80) return i;
+    return skip > inLeft ? inLeft : skip;
+}
+
 } // namespace
 
 extern "C" {
@@ -44,62 +93,12 @@ extern "C" {
 /* srcLen < 0 means the source is NUL-terminated. */
 int32_t PlatformMacRomanToUTF8(const char *src, int32_t srcLen, char *dst, int32_t dstSize)
 {
-    if (!dst || dstSize < 1) return -1;
-    if (!src) src = "";
-    srcLen = SourceLength(src, srcLen);
-    std::lock_guard<std::mutex> hold(gIconvLock);
-    iconv_t cd = OpenConverter(&gToUTF8, "UTF-8", "MACINTOSH");
-    if (cd == (iconv_t)-1) return -1;
-    char *in = const_cast<char *>(src);
-    size_t inLeft = srcLen;
-    char *out = dst;
-    size_t outLeft = dstSize - 1;
-    while (inLeft > 0) {
-        if (iconv(cd, &in, &inLeft, &out, &outLeft) != (size_t)-1) break;
-        if (errno == E2BIG) return -1;
-        /* Every Mac Roman byte has a Unicode form; keep going should iconv refuse one. */
-        if (outLeft < 1) return -1;
-        *out++ = '?';
-        outLeft--;
-        in++;
-        inLeft--;
-    }
-    *out = 0;
-    return (int32_t)(out - dst);
+    return Convert(&gToUTF8, "UTF-8", "MACINTOSH", src, srcLen, dst, dstSize, nullptr, SkipOneByte);
 }
 
 int32_t PlatformUTF8ToMacRoman(const char *src, int32_t srcLen, char *dst, int32_t dstSize, int32_t *firstBad)
 {
-    if (firstBad) *firstBad = -1;
-    if (!dst || dstSize < 1) return -1;
-    if (!src) src = "";
-    srcLen = SourceLength(src, srcLen);
-    std::lock_guard<std::mutex> hold(gIconvLock);
-    iconv_t cd = OpenConverter(&gFromUTF8, "MACINTOSH", "UTF-8");
-    if (cd == (iconv_t)-1) return -1;
-    char *in = const_cast<char *>(src);
-    size_t inLeft = srcLen;
-    char *out = dst;
-    size_t outLeft = dstSize - 1;
-    while (inLeft > 0) {
-        if (iconv(cd, &in, &inLeft, &out, &outLeft) != (size_t)-1) break;
-        if (errno == E2BIG) return -1;
-        /* EILSEQ (no Mac Roman form, or not UTF-8) or EINVAL (cut off at the end):
-         * one '?' for the character, then go on after it. */
-        if (firstBad && *firstBad < 0) *firstBad = (int32_t)(in - src);
-        if (outLeft < 1) return -1;
-        *out++ = '?';
-        outLeft--;
-        size_t skip = UTF8SequenceLength((unsigned char)*in);
-        for (size_t i = 1; i < skip && i < inLeft; i++)
-            if (((unsigned char)in[i] & 0xC0) != 0x80) { skip = i; break; }
-        if (skip > inLeft) skip = inLeft;
-        in += skip;
-        inLeft -= skip;
-        iconv(cd, nullptr, nullptr, nullptr, nullptr);
-    }
-    *out = 0;
-    return (int32_t)(out - dst);
+    return Convert(&gFromUTF8, "MACINTOSH", "UTF-8", src, srcLen, dst, dstSize, firstBad, SkipUTF8Character);
 }
 
 } // extern "C"
