@@ -15,12 +15,6 @@
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
 
-static void ReportIfError(long funcId, OSErr err)
-{
-    if (err != 0)
-        ReportErrorToUser(funcId, err);
-}
-
 void TPX1Version(long funcId, char **argHandle, char **resultHandle)
 {
     char buffer[256];
@@ -29,13 +23,13 @@ void TPX1Version(long funcId, char **argHandle, char **resultHandle)
         ReportErrorToUser(funcId, (short)err);
         return;
     }
-    ReportIfError(funcId, SetResultsHandle(resultHandle, buffer));
+    ReportErrorIfAny(funcId, SetResultsHandle(resultHandle, buffer));
 }
 
 static void SetOneCharacterResult(long funcId, char **resultHandle, char c)
 {
     char text[2] = {c, 0};
-    ReportIfError(funcId, SetResultsHandle(resultHandle, text));
+    ReportErrorIfAny(funcId, SetResultsHandle(resultHandle, text));
 }
 
 void TPX1TabChar(long funcId, char **argHandle, char **resultHandle)
@@ -66,7 +60,7 @@ void TPX1CallScript(long funcId, char **argHandle, char **resultHandle)
 {
     char name[256];
     strcpyFHandleToCStr(name, sizeof name, argHandle);
-    ReportIfError(funcId, (OSErr)AddScriptToDoScriptQueue(name));
+    ReportErrorIfAny(funcId, (OSErr)AddScriptToDoScriptQueue(name));
 }
 
 /* An empty argument keeps the script name there was. */
@@ -76,14 +70,14 @@ void TPX1SetMessageHandlingScriptTo(long funcId, char **argHandle, char **result
     strcpyFHandleToCStr(name, sizeof name, argHandle);
     if (name[0] == 0)
         return;
-    ReportIfError(funcId, SetGlobalFromStr("Handle Message Script", 1, name));
+    ReportErrorIfAny(funcId, SetGlobalFromStr("Handle Message Script", 1, name));
 }
 
 void TPX1SetScriptMenuName(long funcId, char **argHandle, char **resultHandle)
 {
     char name[256];
     strcpyFHandleToCStr(name, sizeof name, argHandle);
-    ReportIfError(funcId, SetGlobalFromStr("Script Menu Name", 1, name));
+    ReportErrorIfAny(funcId, SetGlobalFromStr("Script Menu Name", 1, name));
 }
 
 /* "signature|psig". Only "App PSIG" is stored: "App Signature" stays what Init made it,
@@ -98,7 +92,7 @@ void TPX1SetSIGNPSIG(long funcId, char **argHandle, char **resultHandle)
     if (err == 0)
         strcpyFHandleToCStr(psig, sizeof psig, argHandle);
     if (signature[0] == 0 || err != 0) {
-        ReportIfError(funcId, err);
+        ReportErrorIfAny(funcId, err);
         return;
     }
     char normalised[5];
@@ -127,7 +121,7 @@ void TPX1SetStartupDocument(long funcId, char **argHandle, char **resultHandle)
         SetResultsHandle(resultHandle, "Error: ResolvePossiblePartialPath returned an error");
         resolved[0] = 0;
     }
-    ReportIfError(funcId, SetGlobalFromStr("App DOC", 1, resolved));
+    ReportErrorIfAny(funcId, SetGlobalFromStr("App DOC", 1, resolved));
 }
 
 /* Blocks the host for one second on purpose, ending early only if the tick count wraps. */
