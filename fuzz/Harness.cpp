@@ -75,8 +75,13 @@ FMX_ExternCallBlock gStandingBlock;
 HostPlugin gPlugin;
 bool gPluginReady = false;
 
+/* At exit: events still kept by the in-memory bus or queued are given back, and the
+ * private folder goes. */
 void RemoveRootAtExit()
 {
+    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
+    HarnessDrainEvents();
+    PlatformBusUseMemory();
     std::error_code ignored;
     if (!gRootPosix.empty())
         std::filesystem::remove_all(gRootPosix, ignored);

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,11 @@ size_t Replay(const Target &target, const std::string &folder)
         EXPECT_EQ(0, target.body(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size()));
     }
     return files.size();
+}
+
+void PrintTo(const Target &target, std::ostream *out)
+{
+    *out << target.name;
 }
 
 class FuzzReplay : public ::testing::TestWithParam<Target> {};
