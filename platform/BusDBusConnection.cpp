@@ -177,7 +177,12 @@ OSErr BusDBusEnsure(bool reconnect)
 OSErr BusDBusFailure(int r)
 {
     if (!IsDisconnect(r) && !(gBus && !sd_bus_is_open(gBus))) return PlatformErrnoToOSErr(-r);
-    if (gBus) fprintf(stderr, "%s: lost the D-Bus connection: %s\n", program_invocation_short_name, strerror(-r));
+    /* Said once, when it happens: from here on every send fails and nothing arrives. */
+    if (gBus)
+        fprintf(stderr,
+                "%s: lost the D-Bus connection (%s): messaging with other applications stopped; "
+                "TPX1InitIAC (installing the event handler) starts it again\n",
+                program_invocation_short_name, strerror(-r));
     ReleaseConnection(false);
     gState = kBusLost;
     return connectionInvalid;
