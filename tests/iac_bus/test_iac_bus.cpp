@@ -1,0 +1,444 @@
+/*
+ * test_iac_bus.cpp: messaging between processes on a private D-Bus daemon: the real
+ * fmhost with the plug-in, driven line by line through its prompt, talking to
+ * "vesk partner" stand-ins (started by the test or launched by the plug-in) and to a
+ * client that is not ours (busctl).
+ */
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <poll.h>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+const int kWaitMs = 30000;
+
+uint64_t NowMs()
+{
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return (uint64_t)ts.tv_sec * 1000 + (uint64_t)ts.tv_nsec / 1000000;
+}
+
+/* Polls until the condition holds or kWaitMs passed; true when it held. */
+bool WaitFor(const std::function<bool()> &condition)
+{
+    uint64_t deadline = NowMs() + kWaitMs;
+    while (!condition()) {
+        if (NowMs() > deadline) return false;
+        usleep(20000);
+    }
+    return true;
+}
+
+std::string ReadFile(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+/* Starts argv with stdin and stdout on pipes (when asked) and the rest to files. */
+pid_t Spawn(const std::vector<std::string> &argv, int *toChild, int *fromChild, const std::string &outFile,
+            const std::string &errFile)
+{
+    int in[2] = {-1, -1}, out[2] = {-1, -1};
+    if (toChild && pipe(in) != 0) return -1;
+    if (fromChild && pipe(out) != 0) return -1;
+    pid_t pid = fork();
+    if (pid == 0) {
+        int devnull = open("/dev/null", O_RDWR);
+        dup2(toChild ? in[0] : devnull, 0);
+        if (fromChild)
+            dup2(out[1], 1);
+        else
+            dup2(open(outFile.empty() ? "/dev/null" : outFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644), 1);
+        dup2(open(errFile.empty() ? "/dev/null" : errFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644), 2);
+        for (int fd = 3; fd < 256; fd++) close(fd);
+        std::vector<char *> args;
+        for (const std::string &a : argv) args.push_back(const_cast<char *>(a.c_str()));
+        args.push_back(nullptr);
+        execv(args[0], args.data());
+        _exit(127);
+    }
+    if (toChild) {
+        close(in[0]);
+        *toChild = in[1];
+    }
+    if (fromChild) {
+        close(out[1]);
+        *fromChild = out[0];
+    }
+    return pid;
+}
+
+/* Waits for a child to end (bounded); kills it when it does not. Returns its exit status or -1. */
+int Reap(pid_t pid, int signal = 0)
+{
+    if (pid <= 0) return -1;
+    if (signal) kill(pid, signal);
+    int status = 0;
+    uint64_t deadline = NowMs() + kWaitMs;
+    while (waitpid(pid, &status, WNOHANG) == 0) {
+        if (NowMs() > deadline) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            return -1;
+        }
+        usleep(10000);
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/* Runs a command to its end and returns its standard output. */
+std::string Capture(const std::vector<std::string> &argv, int *status)
+{
+    int from = -1;
+    pid_t pid = Spawn(argv, nullptr, &from, "", "");
+    std::string text;
+    char buffer[4096];
+    ssize_t n;
+    while ((n = read(from, buffer, sizeof buffer)) > 0) text.append(buffer, (size_t)n);
+    close(from);
+    *status = Reap(pid);
+    return text;
+}
+
+/* The message ids of the events a vesk partner logged, in order. */
+std::vector<std::string> LoggedIds(const std::string &log)
+{
+    std::vector<std::string> ids;
+    std::istringstream lines(log);
+    std::string line;
+    while (std::getline(lines, line)) {
+        size_t at = line.find("\tMSSG=");
+        if (line.rfind("event VESK/AEVT", 0) == 0 && at != std::string::npos)
+            ids.push_back(line.substr(at + 6, line.find('\t', at + 1) - at - 6));
+    }
+    return ids;
+}
+
+/* The logged event line of the first event with this id, or "". */
+std::string LoggedEvent(const std::string &log, const std::string &id)
+{
+    std::istringstream lines(log);
+    std::string line;
+    while (std::getline(lines, line))
+        if (line.rfind("event VESK/AEVT", 0) == 0 && line.find("\tMSSG=" + id + "\t") != std::string::npos)
+            return line;
+    return "";
+}
+
+pid_t LoggedPid(const std::string &log)
+{
+    size_t at = log.find(" pid ");
+    return at == std::string::npos ? -1 : (pid_t)atol(log.c_str() + at + 5);
+}
+
+class IacBusTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        signal(SIGPIPE, SIG_IGN);
+        char tmpl[] = "/tmp/tpx1-iacbus-XXXXXX";
+        temp = mkdtemp(tmpl);
+        std::filesystem::create_directories(temp + "/Applications");
+        int status;
+        std::string printed = Capture({"/usr/bin/dbus-daemon", "--session", "--address=unix:dir=" + temp,
+                                       "--print-address=1", "--print-pid=1", "--fork"},
+                                      &status);
+        std::istringstream lines(printed);
+        std::getline(lines, address);
+        std::string pid;
+        std::getline(lines, pid);
+        busPid = (pid_t)atol(pid.c_str());
+        ASSERT_FALSE(address.empty()) << "no private dbus-daemon";
+        setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+        setenv("HOME", temp.c_str(), 1);
+        setenv("TPX1_DIALOG_LOG", (temp + "/dialogs.jsonl").c_str(), 1);
+        setenv("TPX1_APPLICATIONS_FOLDER", (temp + "/Applications").c_str(), 1);
+    }
+
+    void TearDown() override
+    {
+        StopHost();
+        for (pid_t pid : partners) Reap(pid, SIGTERM);
+        std::vector<pid_t> others = {busPid};
+        for (const std::string &log : launchedLogs) others.push_back(LoggedPid(ReadFile(log)));
+        for (pid_t pid : others) {
+            if (pid <= 0) continue;
+            kill(pid, SIGTERM);
+            WaitFor([&] { return kill(pid, 0) != 0; });
+        }
+        std::error_code ec;
+        for (int i = 0; i < 50 && std::filesystem::exists(temp); i++) {
+            std::filesystem::remove_all(temp, ec);
+            if (ec) usleep(20000);
+        }
+    }
+
+    void StartHost()
+    {
+        host = Spawn({FMHOST_PATH, "--plugin", FMX_PATH, "--idle-ms", "10"}, &hostIn, &hostOut, "",
+                     temp + "/fmhost.err");
+        ASSERT_GT(host, 0);
+    }
+
+    /* Sends lines to fmhost's prompt and returns what it printed for them. */
+    std::string Run(const std::string &lines)
+    {
+        std::string mark = "@@done " + std::to_string(++marks);
+        std::string text = lines + "\nShow [ \"" + mark + "\" ]\n";
+        EXPECT_EQ(write(hostIn, text.data(), text.size()), (ssize_t)text.size());
+        uint64_t deadline = NowMs() + kWaitMs;
+        for (;;) {
+            size_t at = pending.find(mark + "\n");
+            if (at != std::string::npos) {
+                std::string out = pending.substr(0, at);
+                pending.erase(0, at + mark.size() + 1);
+                transcript += out;
+                return out;
+            }
+            struct pollfd pfd = {hostOut, POLLIN, 0};
+            if (NowMs() > deadline || poll(&pfd, 1, 100) < 0) break;
+            char buffer[4096];
+            if (pfd.revents) {
+                ssize_t n = read(hostOut, buffer, sizeof buffer);
+                if (n <= 0) break;
+                pending.append(buffer, (size_t)n);
+            }
+        }
+        ADD_FAILURE() << "fmhost did not answer: " << pending;
+        return "";
+    }
+
+    /* The last line fmhost printed for one calculation: what idle time printed before it
+     * (host scripts, activation) comes first. */
+    std::string Calc(const std::string &calculation)
+    {
+        std::string out = Run(calculation);
+        size_t start = out.rfind('\n', out.size() >= 2 ? out.size() - 2 : 0);
+        return start == std::string::npos || out.size() < 2 ? out : out.substr(start + 1);
+    }
+
+    /* Ends fmhost (Shutdown) and returns its exit status. A partner it launched keeps
+     * fmhost's output open, so the end is the process's, not the pipe's. */
+    int StopHost()
+    {
+        if (host <= 0) return -1;
+        const char quit[] = "quit\n";
+        EXPECT_EQ(write(hostIn, quit, sizeof quit - 1), (ssize_t)(sizeof quit - 1));
+        close(hostIn);
+        int status = -1, raw = 0;
+        uint64_t deadline = NowMs() + kWaitMs;
+        for (bool ended = false; !ended;) {
+            ended = waitpid(host, &raw, WNOHANG) == host;
+            if (ended)
+                status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+            else if (NowMs() > deadline) {
+                Reap(host, SIGKILL);
+                ended = true;
+            }
+            struct pollfd pfd = {hostOut, POLLIN, 0};
+            while (poll(&pfd, 1, ended ? 0 : 20) > 0 && (pfd.revents & POLLIN)) {
+                char buffer[4096];
+                ssize_t n = read(hostOut, buffer, sizeof buffer);
+                if (n <= 0) break;
+                transcript.append(buffer, (size_t)n);
+            }
+        }
+        close(hostOut);
+        host = -1;
+        return status;
+    }
+
+    pid_t StartPartner(const char *signature, const std::string &rules, const std::string &log)
+    {
+        std::string rulesFile = temp + "/rules-" + signature + ".txt";
+        std::ofstream(rulesFile) << rules;
+        pid_t pid = Spawn({VESK_PATH, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, nullptr,
+                          nullptr, "", temp + "/partner.err");
+        partners.push_back(pid);
+        return pid;
+    }
+
+    bool HostSees(const char *signature)
+    {
+        return WaitFor([&] { return Calc(std::string("TPX1IsAppRunning(\"") + signature + "\")") == "\"TRUE\"\n"; });
+    }
+
+    std::string Dialogs() { return ReadFile(temp + "/dialogs.jsonl"); }
+
+    std::string temp, address;
+    pid_t busPid = -1, host = -1;
+    int hostIn = -1, hostOut = -1;
+    int marks = 0;
+    std::string pending, transcript;
+    std::vector<pid_t> partners;
+    std::vector<std::string> launchedLogs;
+};
+
+}   // namespace
+
+TEST_F(IacBusTest, RoundTripWithAPartnerTheHostLaunches)
+{
+    /* TOPOLUX in its default place: a script that becomes a vesk partner. */
+    std::string folder = temp + "/Applications/TOPOLUX Folder";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder + "/rules.txt") << "on SHOW send MSSG=INFO LST2=$LST2\n";
+    std::ofstream(folder + "/TOPOLUX") << "#!/bin/sh\nexec " VESK_PATH " partner --as TPX1 --name TOPOLUX "
+                                          "--rules \"$(dirname \"$0\")/rules.txt\" "
+                                          "--log \"$(dirname \"$0\")/partner.log\" \"$@\"\n";
+    chmod((folder + "/TOPOLUX").c_str(), 0755);
+    std::string log = folder + "/partner.log";
+    launchedLogs.push_back(log);
+
+    StartHost();
+    Run("Script \"Handle\"\n"
+        "$$got = TPX1GetNextMessage()\n"
+        "$$list = TPX1GetParameter(\"LST2\")\n"
+        "TPX1ClearIncomingMessage()\n"
+        "End Script\n"
+        "TPX1SetMessageHandlingScriptTo(\"Handle\")\n"
+        "TPX1SetHandledMessages(\"INFO\")\n"
+        "TPX1SetTopoluxFirstView(\"-90,40,-80,30\")\n"
+        "TPX1InitIAC()");
+    EXPECT_EQ(Calc("TPX1IsAppRunning(\"TPX1\")"), "\"FALSE\"\n");
+    Run("TPX1SetParameter(\"MSSG|SHOW\")\n"
+        "TPX1SetParameter(\"LST2|0000000000000001\" & TPX1TabChar() & \"Roads\" & TPX1TabChar() & \"City\" & ¶)\n"
+        "TPX1SendMessageTo(\"TPX1\")");
+    EXPECT_TRUE(WaitFor([&] { return Calc("$$got") == "\"INFO\"\n"; })) << transcript;
+    EXPECT_EQ(Calc("$$list"), "\"0000000000000001\\tRoads\\tCity\\r\"\n");
+    EXPECT_EQ(Calc("TPX1IsAppRunning(\"TPX1\")"), "\"TRUE\"\n");
+
+    /* The partner was greeted with the first view before the message; at Shutdown it
+     * hears "BYE ". */
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_TRUE(WaitFor([&] { return LoggedIds(ReadFile(log)).size() >= 5; }));
+    std::string partnerLog = ReadFile(log);
+    /* FRWD: running the handling script brings the host forward and tells TOPOLUX. */
+    EXPECT_EQ(LoggedIds(partnerLog), (std::vector<std::string>{"HOLA", "VIEW", "SHOW", "FRWD", "BYE "}))
+        << partnerLog;
+    EXPECT_NE(LoggedEvent(partnerLog, "VIEW").find("\tLLNG=-90\t"), std::string::npos) << partnerLog;
+    EXPECT_NE(partnerLog.find("sent INFO to FMP7"), std::string::npos) << partnerLog;
+    EXPECT_EQ(Dialogs(), "");
+}
+
+TEST_F(IacBusTest, BuiltInRepliesAcrossProcesses)
+{
+    std::string log = temp + "/topolux.log";
+    StartPartner("TPX1",
+                 "on HOLA send MSSG=MHIT ITEM=1\n"
+                 "on MYOD send MSSG=YROD XTRA=$XTRA NUM =0\n"
+                 "on ALRT send MSSG=MHIT ITEM=2\n",
+                 log);
+    StartHost();
+    ASSERT_TRUE(HostSees("TPX1"));
+    Run("TPX1SetKnownFriend(\"TPX1|\")\n"
+        "TPX1SetTopoluxSharingMenu(\"Sites|Get info;Go to the sites\")\n"
+        "TPX1SetTopoluxSharingMenuActions(\"GETINFO|GOTOME\")\n"
+        "TPX1SetTopoluxNoneSelectedGetInfoAlert(\"Select a site first.\")\n"
+        "TPX1SetHandledMessages(\"MHIT|YROD\")\n"
+        "TPX1InitIAC()");
+    /* HOLA -> MHIT 1 -> MYOD -> YROD none selected -> ALRT -> MHIT 2 -> FRWD. */
+    EXPECT_TRUE(WaitFor([&] {
+        Run("Idle");
+        return LoggedEvent(ReadFile(log), "FRWD") != "";
+    })) << ReadFile(log);
+    std::string partnerLog = ReadFile(log);
+    EXPECT_EQ(LoggedIds(partnerLog), (std::vector<std::string>{"HOLA", "MENU", "MYOD", "ALRT", "FRWD"}))
+        << partnerLog;
+    EXPECT_NE(LoggedEvent(partnerLog, "MYOD").find("\tXTRA=GETINFO\t"), std::string::npos);
+    EXPECT_NE(LoggedEvent(partnerLog, "MYOD").find("\tOPTN=SELECTED"), std::string::npos);
+    EXPECT_NE(LoggedEvent(partnerLog, "ALRT").find("\tTEXT=Select a site first."), std::string::npos);
+    EXPECT_NE(LoggedEvent(partnerLog, "FRWD").find("\tWHO =FMP7"), std::string::npos);
+    /* All of it handled by the plug-in: nothing waits for the solution. */
+    EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_NE(transcript.find("fmhost: brought to front"), std::string::npos) << transcript;
+}
+
+TEST_F(IacBusTest, EventFromAForeignClientIsArchivedExactly)
+{
+    StartHost();
+    Run("TPX1SetHandledMessages(\"ZZZZ\")\nTPX1InitIAC()");
+    int status = -1;
+    std::string reply = Capture({"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037",
+                                 "/org/vesk/App", "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK", "AEVT", "",
+                                 "7", "QQQQ", "TEXT", "s", "not kept", "MSSG", "TEXT", "s", "ZZZZ", "SIGN", "TEXT",
+                                 "s", "BUSC", "NAME", "TEXT", "s", "Caf\xc3\xa9 \xc2\xb6", "TEXT", "TEXT", "s",
+                                 "a\xe4\xb8\xad" "b", "LST2", "TEXT", "s", "0000000000000001\tRoads\tCity\r", "XTRA",
+                                 "TEXT", "s", ""},
+                                &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(reply, "i 0\n");
+    EXPECT_TRUE(WaitFor([&] { return Calc("TPX1GetNextMessage()") == "\"ZZZZ\"\n"; })) << transcript;
+    EXPECT_EQ(Calc("TPX1GetParameter(\"SIGN\")"), "\"BUSC\"\n");
+    EXPECT_EQ(Calc("Show [ TPX1GetParameter(\"NAME\") ]"), "Caf\xc3\xa9 \xc2\xb6\n");
+    EXPECT_EQ(Calc("TPX1GetParameter(\"TEXT\")"), "\"a?b\"\n");
+    EXPECT_EQ(Calc("TPX1GetParameter(\"LST2\")"), "\"0000000000000001\\tRoads\\tCity\\r\"\n");
+    EXPECT_EQ(Calc("TPX1GetParameter(\"QQQQ\")"), "\"\"\n");
+    EXPECT_EQ(Calc("TPX1GetParameter(\"PSIG\")"), "\"\"\n");
+    EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
+
+    /* Without MSSG nothing is stored, and the caller still hears noErr. */
+    reply = Capture({"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037", "/org/vesk/App",
+                     "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK", "AEVT", "", "1", "SIGN", "TEXT", "s",
+                     "BUSC"},
+                    &status);
+    EXPECT_EQ(reply, "i 0\n");
+    Run("Idle 3");
+    EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
+    EXPECT_EQ(StopHost(), 0);
+    /* The only dialogs: the failed "MSSG" lookups of the two calls that found no message. */
+    std::istringstream dialogs(Dialogs());
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(dialogs, line);) lines.push_back(line);
+    ASSERT_EQ(lines.size(), 2u);
+    for (const std::string &line : lines)
+        EXPECT_NE(line.find("TPX1GetNextMessage.\\r\\rError: -2802"), std::string::npos) << line;
+}
+
+TEST_F(IacBusTest, HostKeepsWorkingWhenAPartnerDies)
+{
+    std::string log = temp + "/nimbo.log";
+    pid_t nimbo = StartPartner("NMB5", "", log);
+    StartHost();
+    ASSERT_TRUE(HostSees("NMB5"));
+    Run("TPX1SetKnownFriend(\"NMB5|\")\nTPX1InitIAC()");
+    EXPECT_TRUE(WaitFor([&] { return LoggedIds(ReadFile(log)).size() == 1; }));
+
+    /* NIMBO dies; the next message finds it gone: alerts and an error report, no hang. */
+    kill(nimbo, SIGKILL);
+    Reap(nimbo);
+    partners.clear();
+    EXPECT_TRUE(WaitFor([&] { return Calc("TPX1IsAppRunning(\"NMB5\")") == "\"FALSE\"\n"; }));
+    Run("TPX1SetParameter(\"MSSG|RUN!\")\nTPX1SendMessageTo(\"NMB5\")");
+    std::string dialogs = Dialogs();
+    EXPECT_NE(dialogs.find("Unable to locate NIMBO."), std::string::npos) << dialogs;
+    EXPECT_NE(dialogs.find("Error: -600"), std::string::npos) << dialogs;
+
+    /* The host goes on: a new NIMBO is greeted and gets the next message. */
+    std::string log2 = temp + "/nimbo2.log";
+    StartPartner("NMB5", "", log2);
+    ASSERT_TRUE(HostSees("NMB5"));
+    Run("TPX1SetParameter(\"MSSG|RUN!\")\nTPX1SendMessageTo(\"NMB5\")");
+    EXPECT_TRUE(WaitFor([&] { return LoggedIds(ReadFile(log2)).size() == 2; }));
+    EXPECT_EQ(LoggedIds(ReadFile(log2)), (std::vector<std::string>{"HOLA", "RUN!"}));
+    EXPECT_EQ(Calc("TPX1Version()"), "\"TOPOLUX plugin ver 8.0\"\n");
+    EXPECT_EQ(StopHost(), 0);
+}
