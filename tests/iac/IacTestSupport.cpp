@@ -88,6 +88,8 @@ void IacTest::TearDown()
 {
     DisposeIncomingMessageParameterList();
     DisposeDataLists();
+    HostMemorySetFailure(0, kHostFailOff);
+    EXPECT_EQ(HostMemoryLeakReport(stderr), 0);
     PlatformBusUseMemory();
     PlatformDialogUseDefault();
     unsetenv("TPX1_APPLICATIONS_FOLDER");

@@ -248,8 +248,13 @@ TEST_F(IacTest, OutgoingRefusals)
     EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 3), -2);
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);
 
-    /* An addressee that can't be found: its error, the alert, the list emptied. */
+    /* No memory for the array of entries: -108, the list kept. */
     SetGlobalFromStr("App Signature", 1, "FMP7");
+    HostMemorySetFailure(1, kHostFailOnce);
+    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), memFullErr);
+    EXPECT_NE(FindDataNodeInList("MSSG", gOutgoingUserMessageParameterDataNodeList), nullptr);
+
+    /* An addressee that can't be found: its error, the alert, the list emptied. */
     EXPECT_EQ(SendMessageFromOutgoingMessageParameters(FOUR_CHAR('N', 'O', 'N', 'E'), 1), procNotFound);
     EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);
     EXPECT_EQ(PlatformDialogRecordedCount(), 1);
