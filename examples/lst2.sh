@@ -11,7 +11,7 @@ work=$(mktemp -d /tmp/tpx1-lst2-example.XXXXXX)
 bus_pid=
 partner_pid=
 cleanup() {
-    [ -n "$partner_pid" ] && kill "$partner_pid" 2>/dev/null || true
+    [ -n "$partner_pid" ] && { kill "$partner_pid" 2>/dev/null; wait "$partner_pid" 2>/dev/null; } || true
     [ -n "$bus_pid" ] && kill "$bus_pid" 2>/dev/null || true
     rm -rf "$work"
 }

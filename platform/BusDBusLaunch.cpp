@@ -63,7 +63,11 @@ OSErr Spawn(const std::string &executable, const std::string &document, pid_t *c
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attr;
     posix_spawn_file_actions_init(&actions);
+    /* A launched application is on its own, as on the desktop: it does not write into
+     * the host's terminal or pipes (which would keep a pipeline open after the host). */
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
     posix_spawnattr_init(&attr);
     sigset_t none, all;
     sigemptyset(&none);

@@ -152,5 +152,12 @@ void RunUntilSignalled(void)
     action.sa_handler = OnStopSignal;
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGINT, &action, nullptr);
-    while (!gStop) PlatformEventWait(500);
+    while (!gStop) {
+        PlatformEventWait(500);
+        /* Without the bus (the daemon went away) a stand-in has nobody left to talk to. */
+        if (!gStop && !PlatformBusOwnsSignatureName()) {
+            fprintf(stderr, "vesk: no longer on the bus; stopping\n");
+            break;
+        }
+    }
 }
