@@ -46,6 +46,9 @@ void ReleaseConnection(bool flush)
 
 void CloseAtExit(void)
 {
+    /* Events still queued hold their bus message (and through it the connection):
+     * answer and free them first, or they outlive the process's last flush. */
+    AEQueueClear();
     ReleaseConnection(true);
     gState = kBusNeverOpened;
 }

@@ -88,10 +88,12 @@ std::string WireValue(const std::vector<WireParam> &params, const std::string &k
 
 int WireStep(sd_bus *bus, uint64_t usec)
 {
+    bool handled = false;
     for (;;) {
         int r = sd_bus_process(bus, nullptr);
         if (r < 0) return r;
         if (r == 0) break;
+        handled = true;
     }
-    return sd_bus_wait(bus, usec);
+    return handled ? 1 : sd_bus_wait(bus, usec);
 }

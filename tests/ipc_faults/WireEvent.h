@@ -29,7 +29,8 @@ int WireNewEvent(sd_bus *bus, const std::string &from, const std::string &to, co
 int WireReadEvent(sd_bus_message *m, std::string *sender, std::vector<WireParam> *params);
 /* The value of a parameter, "" when absent. */
 std::string WireValue(const std::vector<WireParam> &params, const std::string &keyword);
-/* Processes until nothing waits, then waits at most usec for more. Returns < 0 on error. */
+/* Processes everything waiting; when nothing was, waits at most usec for something to
+ * arrive. Returns < 0 on error. */
 int WireStep(sd_bus *bus, uint64_t usec);
 
 #endif

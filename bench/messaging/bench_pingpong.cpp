@@ -1,0 +1,172 @@
+/*
+ * bench_pingpong.cpp: the baseline of the messaging benchmark: a bare sd-bus ping-pong
+ * between two processes on the same bus, with the same events the plug-in exchanges
+ * (VESK/AEVT Event calls, no reply expected, 8 TEXT parameters of about 16 bytes).
+ *
+ *   bench_pingpong pong --as SIG              answers every event with one back
+ *   bench_pingpong ping --as SIG --to SIG --count N [--window W]
+ *
+ * ping measures N sequential round trips (send, wait for the answer), then N round trips
+ * with W in flight, and prints:
+ *   roundtrip_median_us X
+ *   roundtrip_p90_us X
+ *   pipelined_roundtrips_per_s X
+ */
+#include "WireEvent.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <time.h>
+#include <vector>
+
+namespace {
+
+volatile sig_atomic_t gStop = 0;
+std::string gSelf;
+long gLastAnswer = 0;
+long gAnswers = 0;
+
+uint64_t NowUsec(void)
+{
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return (uint64_t)ts.tv_sec * 1000000u + (uint64_t)ts.tv_nsec / 1000u;
+}
+
+std::vector<WireParam> PingParams(const std::string &self, long n)
+{
+    char number[24];
+    snprintf(number, sizeof number, "%016ld", n);
+    return {{"MSSG", "PING"}, {"SIGN", self},
+            {"PSIG", self},   {"XTRA", ""},
+            {"ACTN", "abcdefghijklmnop"}, {"ANSR", "ponmlkjihgfedcba"},
+            {"CODE", "0123456789abcdef"}, {"NUM ", number}};
+}
+
+int SendEvent(sd_bus *bus, const std::string &to, const std::vector<WireParam> &params)
+{
+    sd_bus_message *m = nullptr;
+    int r = WireNewEvent(bus, gSelf, to, params, &m);
+    if (r >= 0) r = sd_bus_message_set_expect_reply(m, 0);
+    if (r >= 0) r = sd_bus_send(bus, m, nullptr);
+    sd_bus_message_unref(m);
+    return r;
+}
+
+/* pong: every event goes back to its sender as "PONG" with the same parameters. */
+int Echo(sd_bus_message *m, void *userdata, sd_bus_error *)
+{
+    std::string sender;
+    std::vector<WireParam> params;
+    if (WireReadEvent(m, &sender, &params) >= 0 && !sender.empty()) {
+        for (WireParam &p : params)
+            if (p.keyword == "MSSG") p.value = "PONG";
+        SendEvent(sd_bus_message_get_bus(m), sender, params);
+    }
+    return sd_bus_reply_method_return(m, "i", 0);
+}
+
+/* ping: notes the number of every answer. */
+int Answer(sd_bus_message *m, void *userdata, sd_bus_error *)
+{
+    std::string sender;
+    std::vector<WireParam> params;
+    if (WireReadEvent(m, &sender, &params) >= 0) {
+        gLastAnswer = atol(WireValue(params, "NUM ").c_str());
+        gAnswers++;
+    }
+    return sd_bus_reply_method_return(m, "i", 0);
+}
+
+void OnStop(int)
+{
+    gStop = 1;
+}
+
+bool WaitForOwner(sd_bus *bus, const std::string &signature)
+{
+    uint64_t deadline = NowUsec() + 10000000u;
+    while (NowUsec() < deadline) {
+        sd_bus_message *reply = nullptr;
+        int owned = 0;
+        int r = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                   "NameHasOwner", nullptr, &reply, "s", WireBusName(signature).c_str());
+        if (r >= 0) sd_bus_message_read(reply, "b", &owned);
+        sd_bus_message_unref(reply);
+        if (owned) return true;
+        WireStep(bus, 10000);
+    }
+    return false;
+}
+
+int Pong(void)
+{
+    sd_bus *bus = nullptr;
+    int r = WireOpen(gSelf, Echo, nullptr, &bus);
+    if (r < 0) {
+        fprintf(stderr, "bench_pingpong: no bus: %s\n", strerror(-r));
+        return 1;
+    }
+    signal(SIGTERM, OnStop);
+    signal(SIGINT, OnStop);
+    while (!gStop)
+        if (WireStep(bus, 200000) < 0 && !gStop) break;
+    sd_bus_flush_close_unref(bus);
+    return 0;
+}
+
+int Ping(const std::string &to, long count, long window)
+{
+    sd_bus *bus = nullptr;
+    int r = WireOpen(gSelf, Answer, nullptr, &bus);
+    if (r < 0 || !WaitForOwner(bus, to)) {
+        fprintf(stderr, "bench_pingpong: no bus or no %s on it\n", to.c_str());
+        return 1;
+    }
+    std::vector<uint64_t> trips;
+    for (long i = 1; i <= count; i++) {
+        uint64_t start = NowUsec();
+        if (SendEvent(bus, to, PingParams(gSelf, i)) < 0) return 1;
+        while (gLastAnswer != i)
+            if (WireStep(bus, 1000000) < 0) return 1;
+        trips.push_back(NowUsec() - start);
+    }
+    std::sort(trips.begin(), trips.end());
+    long sent = 0;
+    gAnswers = 0;
+    uint64_t start = NowUsec();
+    while (gAnswers < count) {
+        while (sent < count && sent - gAnswers < window)
+            if (SendEvent(bus, to, PingParams(gSelf, count + ++sent)) < 0) return 1;
+        if (WireStep(bus, 1000000) < 0) return 1;
+    }
+    double seconds = (double)(NowUsec() - start) / 1e6;
+    printf("roundtrip_median_us %.1f\n", (double)trips[trips.size() / 2]);
+    printf("roundtrip_p90_us %.1f\n", (double)trips[trips.size() * 9 / 10]);
+    printf("pipelined_roundtrips_per_s %.0f\n", (double)count / seconds);
+    sd_bus_flush_close_unref(bus);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    std::string to;
+    long count = 2000, window = 8;
+    for (int i = 2; i + 1 < argc; i += 2) {
+        if (!strcmp(argv[i], "--as")) gSelf = argv[i + 1];
+        else if (!strcmp(argv[i], "--to")) to = argv[i + 1];
+        else if (!strcmp(argv[i], "--count")) count = atol(argv[i + 1]);
+        else if (!strcmp(argv[i], "--window")) window = atol(argv[i + 1]);
+    }
+    if (argc >= 2 && !strcmp(argv[1], "pong") && gSelf.size() == 4) return Pong();
+    if (argc >= 2 && !strcmp(argv[1], "ping") && gSelf.size() == 4 && to.size() == 4 && count > 0 && window > 0)
+        return Ping(to, count, window);
+    fprintf(stderr, "usage: bench_pingpong pong --as SIG\n"
+                    "       bench_pingpong ping --as SIG --to SIG --count N [--window W]\n");
+    return 2;
+}
