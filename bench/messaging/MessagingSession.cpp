@@ -100,13 +100,15 @@ void SessionSendPing(MessagingSession *session, long seq)
     }
 }
 
-void SessionTurn(MessagingSession *session, int waitMs)
+int SessionTurn(MessagingSession *session, int waitMs, uint64_t *dispatchedAt)
 {
-    HarnessPump(waitMs);
+    int dispatched = HarnessPump(waitMs);
+    if (dispatchedAt) *dispatchedAt = HarnessNowUsec();
     HarnessIdle(&session->host);
     std::string script;
     while (HarnessTakeScript(&script))
         if (script == "Handle") TakeMessage(session);
+    return dispatched;
 }
 
 MessagingRun SessionRunWindowed(MessagingSession *session, long first, long count, long window, int waitMs)

@@ -37,8 +37,9 @@ void SessionStop(MessagingSession *session);
 /* The solution composes "PING" number seq in outgoing list 1 and sends it to TOPOLUX. */
 void SessionSendPing(MessagingSession *session, long seq);
 /* One turn of the host's loop: wait at most waitMs for events, dispatch, idle, run the
- * handling script as often as asked. */
-void SessionTurn(MessagingSession *session, int waitMs);
+ * handling script as often as asked. Returns the events the first dispatch handed out;
+ * *dispatchedAt (if given) is the time that dispatch ended, before the idle call. */
+int SessionTurn(MessagingSession *session, int waitMs, uint64_t *dispatchedAt = nullptr);
 /* Sends count pings numbered from first on, at most window unanswered at a time, and
  * turns the loop until each was taken or waitMs passed without progress. */
 MessagingRun SessionRunWindowed(MessagingSession *session, long first, long count, long window, int waitMs);

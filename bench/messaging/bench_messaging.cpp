@@ -18,6 +18,7 @@
 #include <cstring>
 #include <map>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include "MessagingSession.h"
@@ -65,6 +66,15 @@ Baseline RunPing(MessagingSession *session, const char *to, long count, long win
     return b;
 }
 
+/* User and system CPU time of this process. */
+double HostCpuUsec(void)
+{
+    struct rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    return (double)(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e6 +
+           (double)(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
 double Percentile(std::vector<uint64_t> v, size_t permille)
 {
     std::sort(v.begin(), v.end());
@@ -104,17 +114,31 @@ int main(int argc, char **argv)
     long seq = 1;
     SessionRunWindowed(&session, seq, warmup, window, 5000);
     seq += warmup;
-    std::vector<uint64_t> trips, sends;
+    /* Each trip in three legs: the solution composes and sends (host), the partner's two
+     * answers (OKHI, PONG) come in and are dispatched (bus, partner, handler), idle runs
+     * the handling script (host). */
+    std::vector<uint64_t> trips, sends, answers, scripts;
     long latencyLost = 0;
+    double cpuBefore = HostCpuUsec();
     for (long i = 0; i < count; i++, seq++) {
         uint64_t start = HarnessNowUsec();
         SessionSendPing(&session, seq);
-        uint64_t sent = HarnessNowUsec();
-        while (session.lastTaken != seq && HarnessNowUsec() - start < 5000000u) SessionTurn(&session, 5);
+        uint64_t sent = HarnessNowUsec(), answered = 0;
+        int dispatched = 0;
+        while (session.lastTaken != seq && HarnessNowUsec() - start < 5000000u) {
+            uint64_t at;
+            dispatched += SessionTurn(&session, 5, &at);
+            if (dispatched >= 2 && !answered) answered = at;
+        }
+        uint64_t end = HarnessNowUsec();
         if (session.lastTaken != seq) latencyLost++;
-        trips.push_back(HarnessNowUsec() - start);
+        if (!answered) answered = end;
+        trips.push_back(end - start);
         sends.push_back(sent - start);
+        answers.push_back(answered - sent);
+        scripts.push_back(end - answered);
     }
+    double cpuPerTrip = (HostCpuUsec() - cpuBefore) / (double)count;
     MessagingRun run = SessionRunWindowed(&session, seq, count, window, 5000);
     double perSecond = (double)run.received / ((double)run.elapsedUsec / 1e6);
     long lost = latencyLost + (run.sent - run.received);
@@ -133,7 +157,10 @@ int main(int argc, char **argv)
     printf("  plug-in <-> vesk partner, whole trip:   median %8.1f us  p90 %8.1f us  %8.0f messages/s into the "
            "archive and taken\n",
            median, p90, perSecond);
-    printf("    of which TPX1SetParameter x5 + TPX1SendMessageTo: median %.1f us\n", sendMedian);
+    printf("    legs (medians): compose + TPX1SendMessageTo %.1f us, partner's answers dispatched %.1f us, idle ->"
+           " handling script took it %.1f us\n",
+           sendMedian, Percentile(answers, 500), Percentile(scripts, 500));
+    printf("    host process CPU per round trip: %.1f us\n", cpuPerTrip);
     printf("    events per message: HOLA + PING out, OKHI + PONG in, FRWD out (the handling script brings the host "
            "forward), do-script in-process\n");
     printf("  lost: %ld of %ld (duplicates %ld, malformed %ld, send errors %ld)\n", lost, count * 2,
