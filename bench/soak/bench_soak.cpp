@@ -31,6 +31,8 @@ int main(int argc, char **argv)
         return 1;
     }
     printf("soak: %ld messages round trip, %ld in flight at most\n", count, window);
+    printf("  %s; the partner: resident %ld KiB\n", SessionMemoryLine("memory at the start").c_str(),
+           HarnessResidentKiB(session.partner));
     /* The first tenth (at least one message) warms the caches; memory is compared from there. */
     long step = count >= 10 ? count / 10 : count;
     long done = 0, lost = 0;
@@ -52,13 +54,14 @@ int main(int argc, char **argv)
     }
     double seconds = (double)(HarnessNowUsec() - start) / 1e6;
     long blocksEnd = HarnessLiveBlocks(), residentEnd = HarnessResidentKiB();
+    long partnerEnd = HarnessResidentKiB(session.partner);
     printf("soak result: %ld sent, %ld taken, %ld lost, %ld duplicated, %ld damaged, %ld send errors in %.1f s "
            "(%.0f messages/s)\n",
            done, session.received, lost, session.duplicates, session.malformed, session.sendErrors, seconds,
            (double)session.received / seconds);
     printf("memory after the first tenth: resident %ld KiB, live host blocks %ld; at the end: resident %ld KiB, "
-           "live host blocks %ld\n",
-           residentStart, blocksStart, residentEnd, blocksEnd);
+           "live host blocks %ld; the partner at the end: resident %ld KiB\n",
+           residentStart, blocksStart, residentEnd, blocksEnd, partnerEnd);
     SessionStop(&session);
     bool clean = lost == 0 && session.duplicates == 0 && session.malformed == 0 && session.sendErrors == 0 &&
                  blocksEnd == blocksStart;

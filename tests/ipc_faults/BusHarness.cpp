@@ -83,10 +83,11 @@ void HarnessWriteFile(const std::string &path, const std::string &text, bool exe
     if (executable) chmod(path.c_str(), 0755);
 }
 
-long HarnessResidentKiB(void)
+long HarnessResidentKiB(pid_t pid)
 {
     long pages = 0, resident = 0;
-    FILE *f = fopen("/proc/self/statm", "r");
+    std::string path = pid ? "/proc/" + std::to_string(pid) + "/statm" : "/proc/self/statm";
+    FILE *f = fopen(path.c_str(), "r");
     if (!f) return -1;
     if (fscanf(f, "%ld %ld", &pages, &resident) != 2) resident = -1;
     fclose(f);

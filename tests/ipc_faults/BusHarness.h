@@ -21,8 +21,8 @@
 uint64_t HarnessNowUsec(void);
 std::string HarnessReadFile(const std::string &path);
 void HarnessWriteFile(const std::string &path, const std::string &text, bool executable = false);
-/* Resident set size of this process in KiB (from /proc/self/statm). */
-long HarnessResidentKiB(void);
+/* Resident set size in KiB of this process (pid 0) or another (from /proc/PID/statm). */
+long HarnessResidentKiB(pid_t pid = 0);
 /* A program built beside the running executable (the build folder), or fallback. */
 std::string HarnessSiblingPath(const char *name, const char *fallback);
 /* Ends the process with a message when seconds pass before HarnessWatchdogOff (a hang
