@@ -3,10 +3,11 @@
 #   valgrind --leak-check=full --error-exitcode=1
 # the fmhost script tests (tests/host/scripts/*.fmh, through run_fmhost_scripts.sh),
 # examples/demo.fmh, examples/globals.fmh and the message round trip
-# (examples/roundtrip.sh, with a vesk partner the plug-in launches). A run passes when
+# (examples/roundtrip.sh, with a vesk partner the plug-in launches), and, when built, the
+# faults between processes (test_ipc_faults, which hosts the plug-in). A run passes when
 # fmhost exits as the test expects and valgrind's log says "ERROR SUMMARY: 0 errors"
-# (memory errors and definite or possible leaks are errors). Prints one line per fmhost
-# run and exits 0 when all passed. Use a RelWithDebInfo build for readable reports.
+# (memory errors and definite or possible leaks are errors). Prints one line per run and
+# exits 0 when all passed. Use a RelWithDebInfo build for readable reports.
 # Usage: tools/valgrind-integration.sh [BUILD-FOLDER]   (default: build/)
 set -u
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -52,6 +53,11 @@ step "fmhost script tests (tests/host/scripts)" sh "$here/tests/host/run_fmhost_
 step "examples/demo.fmh" run_fmh "$here/examples/demo.fmh"
 step "examples/globals.fmh" run_fmh "$here/examples/globals.fmh"
 step "examples/roundtrip.sh" sh "$here/examples/roundtrip.sh" "$work/bin"
+# The faults between processes, when built: the test process itself hosts the plug-in.
+if [ -x "$build/test_ipc_faults" ]; then
+    step "tests/ipc_faults (test_ipc_faults)" valgrind --leak-check=full --error-exitcode=1 \
+        --child-silent-after-fork=yes --log-file="$work/logs/vg.%p.log" "$build/test_ipc_faults"
+fi
 
 # Every valgrind log: the command it ran and its verdict.
 runs=0
@@ -67,6 +73,6 @@ for log in "$work"/logs/vg.*.log; do
     *) echo "FAIL valgrind: $what: $summary"; sed 's/^/    /' "$log"; status=1 ;;
     esac
 done
-[ "$runs" -gt 0 ] || { echo "FAIL no fmhost ran under valgrind"; status=1; }
-echo "$runs fmhost runs under valgrind; $([ $status -eq 0 ] && echo "all clean" || echo "some failed")"
+[ "$runs" -gt 0 ] || { echo "FAIL nothing ran under valgrind"; status=1; }
+echo "$runs runs under valgrind; $([ $status -eq 0 ] && echo "all clean" || echo "some failed")"
 exit $status

@@ -94,6 +94,16 @@ long HarnessResidentKiB(pid_t pid)
     return resident < 0 ? -1 : resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
+bool HarnessUnderMemoryChecker(void)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    return true;
+#else
+    const char *preload = getenv("LD_PRELOAD");
+    return preload && strstr(preload, "vgpreload") != nullptr;
+#endif
+}
+
 std::string HarnessSiblingPath(const char *name, const char *fallback)
 {
     char exe[PATH_MAX];

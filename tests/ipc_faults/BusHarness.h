@@ -23,6 +23,9 @@ std::string HarnessReadFile(const std::string &path);
 void HarnessWriteFile(const std::string &path, const std::string &text, bool executable = false);
 /* Resident set size in KiB of this process (pid 0) or another (from /proc/PID/statm). */
 long HarnessResidentKiB(pid_t pid = 0);
+/* True under the address sanitizer or valgrind, whose own bookkeeping (quarantine of
+ * freed blocks) makes the resident size meaningless for leak checks. */
+bool HarnessUnderMemoryChecker(void);
 /* A program built beside the running executable (the build folder), or fallback. */
 std::string HarnessSiblingPath(const char *name, const char *fallback);
 /* Ends the process with a message when seconds pass before HarnessWatchdogOff (a hang
