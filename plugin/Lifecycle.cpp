@@ -49,6 +49,9 @@ void Plugin_Shutdown(void)
         if (SetOutgoingMessageParameterFromStr("MSSG", "BYE ", 2) == 0)
             SendMessageToApp(signature, 2);
     }
+    /* A shut-down plug-in takes no more messages: one still on its way (even a "BYE "
+     * the host sent itself) must not land in the lists freed here. */
+    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
     DisposeDataLists();
 }
 
