@@ -94,6 +94,11 @@ void MakeStandardLayout()
         std::filesystem::create_directories(gRootPosix + "/" + entry, ignored);
     if (!std::filesystem::exists(gRootPosix + "/Apps/FakeHost", ignored))
         HarnessWriteFile("Apps/FakeHost", "");
+    /* The partners in their default places, so that launching finds them. */
+    std::filesystem::create_directories(gRootPosix + "/Applications/TOPOLUX Folder", ignored);
+    std::filesystem::create_directories(gRootPosix + "/Applications/NIMBO Folder", ignored);
+    HarnessWriteFile("Applications/TOPOLUX Folder/TOPOLUX", "");
+    HarnessWriteFile("Applications/NIMBO Folder/NIMBO", "");
 }
 
 void EnsureRoot()

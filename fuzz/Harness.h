@@ -40,7 +40,8 @@ private:
 };
 
 /* ---- The private folder: <tmp>/Apps/FakeHost is the host application, <tmp>/Applications
- * the applications folder, <tmp>/Data1 and <tmp>/Data2 two data folders. Made once per
+ * the applications folder (holding "TOPOLUX Folder/TOPOLUX" and "NIMBO Folder/NIMBO"),
+ * <tmp>/Data1 and <tmp>/Data2 two data folders. Made once per
  * process and removed at exit. ---- */
 const std::string &HarnessRootPosix();
 const std::string &HarnessRootClassic();              /* without a trailing ':' */
