@@ -1,7 +1,7 @@
 /*
  * FileManager.cpp: the exported File Manager and Folder Manager calls. Each call checks
  * its fault point first (an injected error is returned as it is) and then goes through
- * the installed file service table; the FSSpec calls pass the spec's fields on.
+ * the installed file service table; the FSSpec calls pass the FSSpec's fields on.
  */
 #include "platform/FileService.h"
 #include "platform/Faults.h"

@@ -15,7 +15,7 @@ extern "C" {
 #endif
 
 /* One member per toolbox call; the FSSpec calls go through the (vRefNum, dirID, name)
- * members with the spec's fields. */
+ * members with the FSSpec's fields. */
 typedef struct Tpx1FileMethods {
     OSErr (*xMakeFSSpec)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec);
     OSErr (*xGetFInfo)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FInfo *info);

@@ -80,7 +80,7 @@ TPX1_API OSErr PBGetCatInfoSync(CInfoPBRec *pb);
 TPX1_API OSErr FindFolder(int16_t vRefNum, OSType folderType, Boolean createFolder,
                           int16_t *foundVRefNum, int32_t *foundDirID);
 
-/* The POSIX path (UTF-8) of a spec: stands in for FSpMakeFSRef and CFURL. */
+/* The POSIX path (UTF-8) of an FSSpec: stands in for FSpMakeFSRef and CFURL. */
 TPX1_API OSErr FSpGetPOSIXPath(const FSSpec *spec, char *out, int32_t outSize);
 /* Conversions between full classic paths (Mac Roman) and POSIX paths (UTF-8). */
 TPX1_API OSErr PlatformClassicPathToPOSIX(const char *classicPath, char *out, int32_t outSize);

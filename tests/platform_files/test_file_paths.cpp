@@ -133,7 +133,7 @@ TEST_F(FilePaths, MakeFSSpecTellsExistingMissingAndBadPaths)
     EXPECT_EQ(FromPascal(folder.name), "Data");
     EXPECT_EQ(Spec("Data", &folder), noErr);
 
-    /* Missing leaf in an existing folder: fnfErr with the spec filled in. */
+    /* Missing leaf in an existing folder: fnfErr with the FSSpec filled in. */
     EXPECT_EQ(Spec("Data:New.txt", &missing), fnfErr);
     EXPECT_EQ(FromPascal(missing.name), "New.txt");
     EXPECT_EQ(missing.parID, file.parID);
