@@ -44,27 +44,27 @@ OSErr GetPathWithDelimiterFromDirID(int32_t dirID, int16_t vRefNum, char *out)
     return noErr;
 }
 
-OSErr GetFSSpecFromFullPath(const char *path, FSSpec *spec)
+OSErr GetFSSpecFromFullPath(const char *path, FSSpec *theSpec)
 {
     Str255 pascalPath;
     MakePascalPath(path, pascalPath);
-    return FSMakeFSSpec(0, 0, pascalPath, spec);
+    return FSMakeFSSpec(0, 0, pascalPath, theSpec);
 }
 
-OSErr GetFullPathFromFSSpec(const FSSpec *spec, char *out)
+OSErr GetFullPathFromFSSpec(const FSSpec *theSpec, char *out)
 {
     char folder[kPathSize];
-    OSErr err = GetPathWithDelimiterFromDirID(spec->parID, spec->vRefNum, folder);
+    OSErr err = GetPathWithDelimiterFromDirID(theSpec->parID, theSpec->vRefNum, folder);
     if (err != noErr) {
         out[0] = 0;
         return err;
     }
     size_t folderLength = strlen(folder);
-    size_t nameLength = spec->name[0];
+    size_t nameLength = theSpec->name[0];
     if (folderLength + nameLength > kPathSize - 1)
         nameLength = kPathSize - 1 - folderLength;
     memcpy(out, folder, folderLength);
-    memcpy(out + folderLength, spec->name + 1, nameLength);
+    memcpy(out + folderLength, theSpec->name + 1, nameLength);
     out[folderLength + nameLength] = 0;
     return noErr;
 }

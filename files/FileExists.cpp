@@ -8,8 +8,8 @@
 
 bool FileExists(const char *path)
 {
-    FSSpec spec;
-    return GetFSSpecFromFullPath(path, &spec) == noErr;
+    FSSpec theSpec;
+    return GetFSSpecFromFullPath(path, &theSpec) == noErr;
 }
 
 void TPX1FileExists(long funcId, char **argHandle, char **resultHandle)

@@ -10,15 +10,15 @@ enum { kPOSIXPathSize = 2096 };
 
 OSErr strcpyFileSystemRepresentationFromClassicPath(char *out, const char *classicPath, long outSize)
 {
-    FSSpec spec;
-    OSErr err = GetFSSpecFromFullPath(classicPath, &spec);
+    FSSpec theSpec;
+    OSErr err = GetFSSpecFromFullPath(classicPath, &theSpec);
     if (err == fnfErr)
-        err = FSpCreate(&spec, FOUR_CHAR('M', 'P', 'W', ' '), FOUR_CHAR('T', 'E', 'X', 'T'), smSystemScript);
+        err = FSpCreate(&theSpec, FOUR_CHAR('M', 'P', 'W', ' '), FOUR_CHAR('T', 'E', 'X', 'T'), smSystemScript);
     if (err != noErr)
         return err;
     if (outSize > 0)
         out[0] = 0;
-    err = FSpGetPOSIXPath(&spec, out, (int32_t)outSize);
+    err = FSpGetPOSIXPath(&theSpec, out, (int32_t)outSize);
     if (err != noErr)
         return err;
     return noErr;

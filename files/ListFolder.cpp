@@ -39,13 +39,13 @@ static OSErr AppendListLine(char **result, const char *folder, const char *name)
 
 OSErr MakeListOfMatchingItemsInFolder(const char *path, char **result)
 {
-    FSSpec spec;
-    OSErr err = GetFSSpecFromFullPath(path, &spec);
+    FSSpec theSpec;
+    OSErr err = GetFSSpecFromFullPath(path, &theSpec);
     if (err != noErr)
         return err;
     char name[kPathSize];
     char extension[kExtensionSize], alsoAdmitted[kExtensionSize];
-    myp2cstr(spec.name, name);
+    myp2cstr(theSpec.name, name);
     if (!GetUpperExtension(name, extension))
         return noErr;
     strcpy(alsoAdmitted, extension);
@@ -55,7 +55,7 @@ OSErr MakeListOfMatchingItemsInFolder(const char *path, char **result)
         strcpy(alsoAdmitted, ".ZIP");
 
     char folder[kPathSize];
-    err = GetPathWithDelimiterFromDirID(spec.parID, spec.vRefNum, folder);
+    err = GetPathWithDelimiterFromDirID(theSpec.parID, theSpec.vRefNum, folder);
     if (err != noErr)
         return err;
     for (int16_t index = 1;; index++) {
@@ -64,9 +64,9 @@ OSErr MakeListOfMatchingItemsInFolder(const char *path, char **result)
         memset(&pb, 0, sizeof pb);
         itemName[0] = 0;
         pb.ioNamePtr = itemName;
-        pb.ioVRefNum = spec.vRefNum;
+        pb.ioVRefNum = theSpec.vRefNum;
         pb.ioFDirIndex = index;
-        pb.ioDirID = spec.parID;
+        pb.ioDirID = theSpec.parID;
         err = PBGetCatInfoSync(&pb);
         if (err == fnfErr || err == dirNFErr)
             return noErr;

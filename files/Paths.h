@@ -21,8 +21,8 @@ void GetAppFullPathName(char *out);
 void GetAppFolderPathWithDelimiter(char *out);
 void GetAppName(char *out);
 OSErr GetPathWithDelimiterFromDirID(int32_t dirID, int16_t vRefNum, char *out);
-OSErr GetFSSpecFromFullPath(const char *path, FSSpec *spec);
-OSErr GetFullPathFromFSSpec(const FSSpec *spec, char *out);
+OSErr GetFSSpecFromFullPath(const char *path, FSSpec *theSpec);
+OSErr GetFullPathFromFSSpec(const FSSpec *theSpec, char *out);
 /* Forgets the kept application path and the base directory (tests, Shutdown). */
 void ResetPathState(void);
 

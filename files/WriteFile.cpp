@@ -19,21 +19,21 @@ static void ReportWriteFailure(const char *path)
 
 static OSErr WriteOrAppendBufferToFile(const char *path, const char *buffer, long length, bool append)
 {
-    FSSpec spec;
-    OSErr err = GetFSSpecFromFullPath(path, &spec);
+    FSSpec theSpec;
+    OSErr err = GetFSSpecFromFullPath(path, &theSpec);
     if (append) {
         if (err != noErr)
             return err;
     } else {
         if (err == noErr)
-            err = FSpDelete(&spec);
+            err = FSpDelete(&theSpec);
         if (err == noErr || err == fnfErr)
-            err = FSpCreate(&spec, FOUR_CHAR('t', 't', 'x', 't'), FOUR_CHAR('T', 'E', 'X', 'T'), smSystemScript);
+            err = FSpCreate(&theSpec, FOUR_CHAR('t', 't', 'x', 't'), FOUR_CHAR('T', 'E', 'X', 'T'), smSystemScript);
         if (err != noErr)
             return err;
     }
     int16_t refNum = 0;
-    err = FSpOpenDF(&spec, fsRdWrPerm, &refNum);
+    err = FSpOpenDF(&theSpec, fsRdWrPerm, &refNum);
     if (err != noErr)
         return err;
     if (append)

@@ -24,9 +24,9 @@ void HostDialogsEcho(HostSession *session)
         return;
     int32_t count = PlatformDialogRecordedCount();
     for (; session->dialogsEchoed < count; session->dialogsEchoed++) {
-        const DialogSpec *spec = PlatformDialogRecorded(session->dialogsEchoed);
-        if (spec)
-            fprintf(session->out, "dialog: %s\n", HostVisibleText(spec->text ? spec->text : "").c_str());
+        const DialogSpec *theSpec = PlatformDialogRecorded(session->dialogsEchoed);
+        if (theSpec)
+            fprintf(session->out, "dialog: %s\n", HostVisibleText(theSpec->text ? theSpec->text : "").c_str());
     }
 }
 
@@ -36,8 +36,8 @@ bool HostDialogsExpect(HostSession *session, const std::string &text, std::strin
         *actual = "no dialog was shown";
         return false;
     }
-    const DialogSpec *spec = PlatformDialogRecorded(session->dialogsChecked++);
-    std::string shown = spec && spec->text ? spec->text : "";
+    const DialogSpec *theSpec = PlatformDialogRecorded(session->dialogsChecked++);
+    std::string shown = theSpec && theSpec->text ? theSpec->text : "";
     if (shown == text)
         return true;
     *actual = HostVisibleText(shown);
@@ -49,8 +49,8 @@ bool HostDialogsExpectNone(HostSession *session, std::string *actual)
     int32_t count = PlatformDialogRecordedCount();
     if (session->dialogsChecked >= count)
         return true;
-    const DialogSpec *spec = PlatformDialogRecorded(session->dialogsChecked);
-    *actual = HostVisibleText(spec && spec->text ? spec->text : "");
+    const DialogSpec *theSpec = PlatformDialogRecorded(session->dialogsChecked);
+    *actual = HostVisibleText(theSpec && theSpec->text ? theSpec->text : "");
     session->dialogsChecked = count;
     return false;
 }

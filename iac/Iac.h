@@ -73,7 +73,7 @@ void TPX1SetNimboNoneSelectedGetInfoAlert(long funcId, char **argHandle, char **
 /* ---- Process control ---- */
 OSErr SignatureToApp(unsigned long signature, const FSSpec *document, ProcessSerialNumber *psn, FSSpec *appSpec,
                      unsigned char *launched, short mode, unsigned short launchFlags);
-int Sig2ProcessInfo(unsigned long signature, ProcessInfoRec *info, char *name, FSSpec *spec);
+int Sig2ProcessInfo(unsigned long signature, ProcessInfoRec *info, char *name, FSSpec *theSpec);
 bool AppIsRunning(unsigned long signature);
 OSErr MakeSureAppIsRunning(unsigned long signature, unsigned char *launched);
 OSErr BringApplicationForward(unsigned long signature, unsigned char flag);

@@ -10,12 +10,12 @@
 
 enum { kProcessInfoLength = 60 };
 
-static void PrepareInfo(ProcessInfoRec *info, StringPtr name, FSSpec *spec)
+static void PrepareInfo(ProcessInfoRec *info, StringPtr name, FSSpec *theSpec)
 {
     memset(info, 0, sizeof *info);
     info->processInfoLength = kProcessInfoLength;
     info->processName = name;
-    info->processAppSpec = spec;
+    info->processAppSpec = theSpec;
 }
 
 OSErr FindProcessBySignature(unsigned long signature, ProcessSerialNumber *psn, ProcessInfoRec *info)
@@ -23,11 +23,11 @@ OSErr FindProcessBySignature(unsigned long signature, ProcessSerialNumber *psn, 
     psn->highLongOfPSN = 0;
     psn->lowLongOfPSN = kNoProcess;
     StringPtr name = info->processName;
-    FSSpec *spec = info->processAppSpec;
+    FSSpec *theSpec = info->processAppSpec;
     for (;;) {
         OSErr err = GetNextProcess(psn);
         if (err == noErr) {
-            PrepareInfo(info, name, spec);
+            PrepareInfo(info, name, theSpec);
             err = GetProcessInformation(psn, info);
         }
         if (err) {
@@ -41,12 +41,12 @@ OSErr FindProcessBySignature(unsigned long signature, ProcessSerialNumber *psn, 
 }
 
 /* Like FindProcessBySignature, but a process whose information cannot be read is passed over. */
-int Sig2ProcessInfo(unsigned long signature, ProcessInfoRec *info, char *name, FSSpec *spec)
+int Sig2ProcessInfo(unsigned long signature, ProcessInfoRec *info, char *name, FSSpec *theSpec)
 {
     Str255 processName = {0};
     ProcessSerialNumber psn = {0, kNoProcess};
     while (GetNextProcess(&psn) == noErr) {
-        PrepareInfo(info, processName, spec);
+        PrepareInfo(info, processName, theSpec);
         if (GetProcessInformation(&psn, info) != noErr || info->processSignature != (OSType)signature)
             continue;
         if (name)

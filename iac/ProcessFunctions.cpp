@@ -15,15 +15,15 @@ static const char kDefaultShowOptions[] = "DRAW YESZOOM YESSELECT";
 OSErr MakeSureAppIsRunning(unsigned long signature, unsigned char *launched)
 {
     ProcessSerialNumber psn;
-    FSSpec spec;
-    return SignatureToApp(signature, nullptr, &psn, &spec, launched, 2, launchContinue | launchDontSwitch);
+    FSSpec theSpec;
+    return SignatureToApp(signature, nullptr, &psn, &theSpec, launched, 2, launchContinue | launchDontSwitch);
 }
 
 OSErr BringApplicationForward(unsigned long signature, unsigned char flag)
 {
     ProcessSerialNumber psn;
-    FSSpec spec;
-    return SignatureToApp(signature, nullptr, &psn, &spec, &flag, 2, launchContinue);
+    FSSpec theSpec;
+    return SignatureToApp(signature, nullptr, &psn, &theSpec, &flag, 2, launchContinue);
 }
 
 OSErr BringMeForward(unsigned long partner)

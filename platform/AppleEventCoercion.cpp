@@ -64,21 +64,21 @@ OSErr FSSpecFromPOSIX(const std::string &path, std::string *out)
     Str255 name;
     name[0] = (unsigned char)len;
     memcpy(name + 1, classic, len);
-    FSSpec spec;
-    memset(&spec, 0, sizeof spec);
-    err = FSMakeFSSpec(0, 0, name, &spec);
+    FSSpec theSpec;
+    memset(&theSpec, 0, sizeof theSpec);
+    err = FSMakeFSSpec(0, 0, name, &theSpec);
     if (err && err != fnfErr) return err;
-    out->assign(reinterpret_cast<const char *>(&spec), sizeof spec);
+    out->assign(reinterpret_cast<const char *>(&theSpec), sizeof theSpec);
     return noErr;
 }
 
 OSErr POSIXFromFSSpec(const std::string &in, std::string *path)
 {
     if (in.size() != sizeof(FSSpec)) return errAECoercionFail;
-    FSSpec spec;
-    memcpy(&spec, in.data(), sizeof spec);
+    FSSpec theSpec;
+    memcpy(&theSpec, in.data(), sizeof theSpec);
     char buffer[4096];
-    OSErr err = FSpGetPOSIXPath(&spec, buffer, sizeof buffer);
+    OSErr err = FSpGetPOSIXPath(&theSpec, buffer, sizeof buffer);
     if (err) return err;
     *path = buffer;
     return noErr;

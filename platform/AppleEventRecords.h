@@ -88,7 +88,7 @@ void ProcessCallActivateHandler(void);
 /* The next serial number for another process. */
 ProcessSerialNumber ProcessNewPSN(void);
 /* Fills the name (Pascal, Mac Roman, from the file name of posixExecutable) and the
- * application spec of info; either may be null in info. */
+ * application FSSpec of info; either may be null in info. */
 void ProcessFillNameAndSpec(ProcessInfoRec *info, const std::string &displayName,
                             const std::string &posixExecutable);
 

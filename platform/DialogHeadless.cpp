@@ -9,16 +9,16 @@
 
 namespace {
 
-int16_t ShowHeadless(const DialogSpec *spec)
+int16_t ShowHeadless(const DialogSpec *theSpec)
 {
-    std::string caption = MacRomanToUTF8String(spec->caption);
+    std::string caption = MacRomanToUTF8String(theSpec->caption);
     std::string line = "tpx1 dialog:";
-    if (*DialogIconWord(spec->icon)) line += std::string(" [") + DialogIconWord(spec->icon) + "]";
+    if (*DialogIconWord(theSpec->icon)) line += std::string(" [") + DialogIconWord(theSpec->icon) + "]";
     if (!caption.empty()) line += " " + caption + ":";
-    line += " " + FlatDialogText(spec->text) + " {";
+    line += " " + FlatDialogText(theSpec->text) + " {";
     for (int i = 0; i < 3; i++) {
-        if (!spec->shown[i]) continue;
-        line += " " + std::to_string(i + 1) + "=" + MacRomanToUTF8String(spec->buttons[i]);
+        if (!theSpec->shown[i]) continue;
+        line += " " + std::to_string(i + 1) + "=" + MacRomanToUTF8String(theSpec->buttons[i]);
     }
     line += " } -> 1\n";
     fputs(line.c_str(), stderr);

@@ -88,27 +88,27 @@ void AppendLogLine(const std::string &json)
     close(fd);
 }
 
-int16_t LogDialog(const DialogSpec *spec)
+int16_t LogDialog(const DialogSpec *theSpec)
 {
     int16_t answer = 1;
     std::string entry;
     if (NextLogAnswer(&entry)) {
         char *end;
         long n = strtol(entry.c_str(), &end, 10);
-        if (entry.empty()) answer = spec->cancelButton;
+        if (entry.empty()) answer = theSpec->cancelButton;
         else if (*end == 0 && n >= 1 && n <= 3) answer = (int16_t)n;
-        else answer = spec->defaultButton;
+        else answer = theSpec->defaultButton;
     }
-    std::string json = "{\"kind\":" + JsonString(std::string(1, spec->kind)) + ",\"text\":" + JsonText(spec->text);
-    json += ",\"buttons\":[" + JsonText(spec->buttons[0]) + "," + JsonText(spec->buttons[1]) + "," +
-            JsonText(spec->buttons[2]) + "]";
+    std::string json = "{\"kind\":" + JsonString(std::string(1, theSpec->kind)) + ",\"text\":" + JsonText(theSpec->text);
+    json += ",\"buttons\":[" + JsonText(theSpec->buttons[0]) + "," + JsonText(theSpec->buttons[1]) + "," +
+            JsonText(theSpec->buttons[2]) + "]";
     json += ",\"shown\":[";
-    for (int i = 0; i < 3; i++) json += std::string(i ? "," : "") + (spec->shown[i] ? "true" : "false");
-    json += "],\"default\":" + std::to_string(spec->defaultButton) + ",\"cancel\":" + std::to_string(spec->cancelButton);
-    json += ",\"icon\":" + std::to_string(spec->icon) + ",\"caption\":" + JsonText(spec->caption);
-    json += std::string(",\"beep\":") + (spec->beep ? "true" : "false");
-    json += ",\"window\":" + JsonRect(spec->window) + ",\"textItem\":" + JsonRect(spec->textItem);
-    json += ",\"textHeight\":" + std::to_string(spec->textHeight);
+    for (int i = 0; i < 3; i++) json += std::string(i ? "," : "") + (theSpec->shown[i] ? "true" : "false");
+    json += "],\"default\":" + std::to_string(theSpec->defaultButton) + ",\"cancel\":" + std::to_string(theSpec->cancelButton);
+    json += ",\"icon\":" + std::to_string(theSpec->icon) + ",\"caption\":" + JsonText(theSpec->caption);
+    json += std::string(",\"beep\":") + (theSpec->beep ? "true" : "false");
+    json += ",\"window\":" + JsonRect(theSpec->window) + ",\"textItem\":" + JsonRect(theSpec->textItem);
+    json += ",\"textHeight\":" + std::to_string(theSpec->textHeight);
     json += ",\"answer\":" + std::to_string(answer) + "}";
     AppendLogLine(json);
     return answer;

@@ -14,7 +14,7 @@ namespace {
 
 /* A DialogSpec whose texts point into strings it owns. */
 struct RecordedDialog {
-    DialogSpec spec;
+    DialogSpec theSpec;
     std::string text, buttons[3], caption;
 };
 
@@ -24,18 +24,18 @@ std::deque<int16_t> gButtonAnswers;
 std::deque<std::string> gFileAnswers;
 int32_t gBeeps = 0;
 
-int16_t RecordDialog(const DialogSpec *spec)
+int16_t RecordDialog(const DialogSpec *theSpec)
 {
     std::lock_guard<std::mutex> hold(gRecorderLock);
     auto r = std::make_unique<RecordedDialog>();
-    r->spec = *spec;
-    r->text = spec->text ? spec->text : "";
-    r->caption = spec->caption ? spec->caption : "";
-    r->spec.text = r->text.c_str();
-    r->spec.caption = r->caption.c_str();
+    r->theSpec = *theSpec;
+    r->text = theSpec->text ? theSpec->text : "";
+    r->caption = theSpec->caption ? theSpec->caption : "";
+    r->theSpec.text = r->text.c_str();
+    r->theSpec.caption = r->caption.c_str();
     for (int i = 0; i < 3; i++) {
-        r->buttons[i] = spec->buttons[i] ? spec->buttons[i] : "";
-        r->spec.buttons[i] = r->buttons[i].c_str();
+        r->buttons[i] = theSpec->buttons[i] ? theSpec->buttons[i] : "";
+        r->theSpec.buttons[i] = r->buttons[i].c_str();
     }
     gRecorded.push_back(std::move(r));
     if (gButtonAnswers.empty()) return 1;
@@ -107,7 +107,7 @@ const DialogSpec *PlatformDialogRecorded(int32_t i)
 {
     std::lock_guard<std::mutex> hold(gRecorderLock);
     if (i < 0 || (size_t)i >= gRecorded.size()) return nullptr;
-    return &gRecorded[i]->spec;
+    return &gRecorded[i]->theSpec;
 }
 
 int32_t PlatformBeepCount(void)

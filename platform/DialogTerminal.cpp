@@ -33,11 +33,11 @@ void DrawBoxRule(const std::string &title)
     fprintf(stderr, "%s+\n", MacRomanToUTF8String(rule.c_str()).c_str());
 }
 
-void DrawDialogBox(const DialogSpec *spec)
+void DrawDialogBox(const DialogSpec *theSpec)
 {
-    std::string title = (spec->caption && *spec->caption) ? spec->caption : DialogIconWord(spec->icon);
+    std::string title = (theSpec->caption && *theSpec->caption) ? theSpec->caption : DialogIconWord(theSpec->icon);
     DrawBoxRule(title);
-    const char *text = spec->text ? spec->text : "";
+    const char *text = theSpec->text ? theSpec->text : "";
     int32_t len = (int32_t)strlen(text), pos = 0, end;
     bool hadBreak = false;
     while (pos < len) {
@@ -49,12 +49,12 @@ void DrawDialogBox(const DialogSpec *spec)
     DrawBoxRow("");
     std::string buttons;
     for (int i = 0; i < 3; i++) {
-        if (!spec->shown[i]) continue;
-        buttons += "[" + std::to_string(i + 1) + " " + (spec->buttons[i] ? spec->buttons[i] : "");
-        buttons += (i + 1 == spec->defaultButton) ? "*] " : "] ";
+        if (!theSpec->shown[i]) continue;
+        buttons += "[" + std::to_string(i + 1) + " " + (theSpec->buttons[i] ? theSpec->buttons[i] : "");
+        buttons += (i + 1 == theSpec->defaultButton) ? "*] " : "] ";
     }
     DrawBoxRow(buttons);
-    DrawBoxRule("Return = *, Esc = " + std::to_string(spec->cancelButton));
+    DrawBoxRule("Return = *, Esc = " + std::to_string(theSpec->cancelButton));
 }
 
 /* One key from stdin without echo or line buffering; -1 at end of input. */
@@ -76,15 +76,15 @@ int ReadRawKey(void)
     return n == 1 ? c : -1;
 }
 
-int16_t RunTerminalDialog(const DialogSpec *spec)
+int16_t RunTerminalDialog(const DialogSpec *theSpec)
 {
-    DrawDialogBox(spec);
+    DrawDialogBox(theSpec);
     for (;;) {
         int key = ReadRawKey();
         int16_t answer = 0;
-        if (key == '\r' || key == '\n') answer = spec->defaultButton;
-        else if (key == 27 || key == 3 || key == 4 || key < 0) answer = spec->cancelButton;
-        else if (key >= '1' && key <= '3' && spec->shown[key - '1']) answer = (int16_t)(key - '0');
+        if (key == '\r' || key == '\n') answer = theSpec->defaultButton;
+        else if (key == 27 || key == 3 || key == 4 || key < 0) answer = theSpec->cancelButton;
+        else if (key >= '1' && key <= '3' && theSpec->shown[key - '1']) answer = (int16_t)(key - '0');
         if (answer) {
             fprintf(stderr, "-> %d\n", answer);
             return answer;

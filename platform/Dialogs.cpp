@@ -62,10 +62,10 @@ void PlatformDialogUseDefault(void)
     gInstalledDialogs = nullptr;
 }
 
-int16_t RunModalDialog(const DialogSpec *spec)
+int16_t RunModalDialog(const DialogSpec *theSpec)
 {
-    if (PlatformFaultCheck("RunModalDialog") || !spec) return -1;
-    return Dialogs()->xRun(spec);
+    if (PlatformFaultCheck("RunModalDialog") || !theSpec) return -1;
+    return Dialogs()->xRun(theSpec);
 }
 
 void SysBeep(int16_t duration)

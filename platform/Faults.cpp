@@ -162,12 +162,12 @@ OSErr PlatformFaultCheck(const char *op)
     return e->err;
 }
 
-int PlatformFaultParse(const char *spec, const char **bad)
+int PlatformFaultParse(const char *theSpec, const char **bad)
 {
     if (bad) *bad = nullptr;
-    if (!spec) return 0;
+    if (!theSpec) return 0;
     int result = 0;
-    const char *p = spec;
+    const char *p = theSpec;
     while (*p) {
         const char *end = strchr(p, ',');
         if (!end) end = p + strlen(p);
@@ -185,9 +185,9 @@ int PlatformFaultParse(const char *spec, const char **bad)
 /* TPX1_FAULTS is read once, when the library loads. */
 __attribute__((constructor)) static void LoadFaultsFromEnvironment(void)
 {
-    const char *spec = getenv("TPX1_FAULTS");
+    const char *theSpec = getenv("TPX1_FAULTS");
     const char *bad = nullptr;
-    if (spec && PlatformFaultParse(spec, &bad) != 0) {
+    if (theSpec && PlatformFaultParse(theSpec, &bad) != 0) {
         size_t len = strcspn(bad, ",");
         fprintf(stderr, "tpx1: TPX1_FAULTS: bad item \"%.*s\" (want NAME:N:ERROR[:always])\n", (int)len, bad);
     }

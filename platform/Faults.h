@@ -27,7 +27,7 @@ TPX1_API int32_t PlatformFaultHits(const char *op);
 /* Called by a wrapper on entry: counts the call and returns the injected error or noErr. */
 TPX1_API OSErr PlatformFaultCheck(const char *op);
 /* Parse a TPX1_FAULTS-style list; returns 0, or -1 naming the bad item in *bad. */
-TPX1_API int PlatformFaultParse(const char *spec, const char **bad);
+TPX1_API int PlatformFaultParse(const char *theSpec, const char **bad);
 
 #ifdef __cplusplus
 }

@@ -69,15 +69,15 @@ struct FileItem {
  * the way is missing; nsvErr; bdNamErr. */
 OSErr ResolveItem(int16_t vRefNum, int32_t dirID, const unsigned char *name, size_t length, FileItem *item);
 OSErr ResolvePascalItem(int16_t vRefNum, int32_t dirID, ConstStr255Param name, FileItem *item);
-/* The spec of a resolved item (existing or not). */
-void SpecOfItem(const FileItem &item, FSSpec *spec);
+/* The FSSpec of a resolved item (existing or not). */
+void SpecOfItem(const FileItem &item, FSSpec *theSpec);
 /* The folder's own id and its parent's id (1 for a root), its classic name. */
 void DescribeFolder(const std::string &folder, int16_t *vRefNum, int32_t *dirID, int32_t *parID,
                     std::string *name);
 /* stat for a path that must be a folder: noErr, dirNFErr or another error. */
 OSErr StatFolder(const std::string &folder, struct stat *st);
-OSErr LinuxMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec);
-OSErr LinuxSpecToPOSIX(const FSSpec *spec, char *out, int32_t outSize);
+OSErr LinuxMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *theSpec);
+OSErr LinuxSpecToPOSIX(const FSSpec *theSpec, char *out, int32_t outSize);
 OSErr LinuxClassicToPOSIX(const char *classicPath, char *out, int32_t outSize);
 OSErr LinuxPOSIXToClassic(const char *posixPath, char *out, int32_t outSize);
 OSErr CopyOut(const std::string &text, char *out, int32_t outSize);

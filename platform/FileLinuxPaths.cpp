@@ -159,15 +159,15 @@ OSErr ResolvePascalItem(int16_t vRefNum, int32_t dirID, ConstStr255Param name, F
     return ResolveItem(vRefNum, dirID, name ? name + 1 : nullptr, name ? name[0] : 0, item);
 }
 
-void SpecOfItem(const FileItem &item, FSSpec *spec)
+void SpecOfItem(const FileItem &item, FSSpec *theSpec)
 {
     if (item.parent.empty()) {
-        spec->vRefNum = VolumeOfPOSIXPath(item.path)->vRefNum;
-        spec->parID = fsRtParID;
+        theSpec->vRefNum = VolumeOfPOSIXPath(item.path)->vRefNum;
+        theSpec->parID = fsRtParID;
     } else {
-        DirIdOfFolder(item.parent, &spec->vRefNum, &spec->parID);
+        DirIdOfFolder(item.parent, &theSpec->vRefNum, &theSpec->parID);
     }
-    SetPascalName(spec->name, item.name);
+    SetPascalName(theSpec->name, item.name);
 }
 
 void DescribeFolder(const std::string &folder, int16_t *vRefNum, int32_t *dirID, int32_t *parID,
@@ -192,20 +192,20 @@ OSErr CopyOut(const std::string &text, char *out, int32_t outSize)
     return noErr;
 }
 
-OSErr LinuxMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec)
+OSErr LinuxMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *theSpec)
 {
-    if (!spec) return paramErr;
+    if (!theSpec) return paramErr;
     FileItem item;
     OSErr err = ResolvePascalItem(vRefNum, dirID, fileName, &item);
-    if (err == noErr || err == fnfErr) SpecOfItem(item, spec);
+    if (err == noErr || err == fnfErr) SpecOfItem(item, theSpec);
     return err;
 }
 
-OSErr LinuxSpecToPOSIX(const FSSpec *spec, char *out, int32_t outSize)
+OSErr LinuxSpecToPOSIX(const FSSpec *theSpec, char *out, int32_t outSize)
 {
-    if (!spec || !out) return paramErr;
+    if (!theSpec || !out) return paramErr;
     FileItem item;
-    OSErr err = ResolvePascalItem(spec->vRefNum, spec->parID, spec->name, &item);
+    OSErr err = ResolvePascalItem(theSpec->vRefNum, theSpec->parID, theSpec->name, &item);
     if (err != noErr && err != fnfErr) return err;
     OSErr copied = CopyOut(item.path, out, outSize);
     return copied != noErr ? copied : err;

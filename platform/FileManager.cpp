@@ -33,10 +33,10 @@ void PlatformFilesReset(void)
     Files()->xReset();
 }
 
-OSErr FSMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec)
+OSErr FSMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *theSpec)
 {
     if (OSErr err = PlatformFaultCheck("FSMakeFSSpec")) return err;
-    return Files()->xMakeFSSpec(vRefNum, dirID, fileName, spec);
+    return Files()->xMakeFSSpec(vRefNum, dirID, fileName, theSpec);
 }
 
 OSErr HGetFInfo(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FInfo *info)
@@ -51,11 +51,11 @@ OSErr HSetFInfo(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, const
     return Files()->xSetFInfo(vRefNum, dirID, fileName, info);
 }
 
-OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info)
+OSErr FSpGetFInfo(const FSSpec *theSpec, FInfo *info)
 {
     if (OSErr err = PlatformFaultCheck("FSpGetFInfo")) return err;
-    if (!spec) return paramErr;
-    return Files()->xGetFInfo(spec->vRefNum, spec->parID, spec->name, info);
+    if (!theSpec) return paramErr;
+    return Files()->xGetFInfo(theSpec->vRefNum, theSpec->parID, theSpec->name, info);
 }
 
 OSErr HOpenDF(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int8_t permission, int16_t *refNum)
@@ -64,11 +64,11 @@ OSErr HOpenDF(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int8_t 
     return Files()->xOpenDF(vRefNum, dirID, fileName, permission, refNum);
 }
 
-OSErr FSpOpenDF(const FSSpec *spec, int8_t permission, int16_t *refNum)
+OSErr FSpOpenDF(const FSSpec *theSpec, int8_t permission, int16_t *refNum)
 {
     if (OSErr err = PlatformFaultCheck("FSpOpenDF")) return err;
-    if (!spec) return paramErr;
-    return Files()->xOpenDF(spec->vRefNum, spec->parID, spec->name, permission, refNum);
+    if (!theSpec) return paramErr;
+    return Files()->xOpenDF(theSpec->vRefNum, theSpec->parID, theSpec->name, permission, refNum);
 }
 
 OSErr GetEOF(int16_t refNum, int32_t *logEOF)
@@ -125,11 +125,11 @@ OSErr HCreate(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, OSType 
     return Files()->xCreate(vRefNum, dirID, fileName, creator, fileType);
 }
 
-OSErr FSpCreate(const FSSpec *spec, OSType creator, OSType fileType, int16_t scriptTag)
+OSErr FSpCreate(const FSSpec *theSpec, OSType creator, OSType fileType, int16_t scriptTag)
 {
     if (OSErr err = PlatformFaultCheck("FSpCreate")) return err;
-    if (!spec) return paramErr;
-    return Files()->xCreate(spec->vRefNum, spec->parID, spec->name, creator, fileType);
+    if (!theSpec) return paramErr;
+    return Files()->xCreate(theSpec->vRefNum, theSpec->parID, theSpec->name, creator, fileType);
 }
 
 OSErr HDelete(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName)
@@ -138,11 +138,11 @@ OSErr HDelete(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName)
     return Files()->xDelete(vRefNum, dirID, fileName);
 }
 
-OSErr FSpDelete(const FSSpec *spec)
+OSErr FSpDelete(const FSSpec *theSpec)
 {
     if (OSErr err = PlatformFaultCheck("FSpDelete")) return err;
-    if (!spec) return paramErr;
-    return Files()->xDelete(spec->vRefNum, spec->parID, spec->name);
+    if (!theSpec) return paramErr;
+    return Files()->xDelete(theSpec->vRefNum, theSpec->parID, theSpec->name);
 }
 
 OSErr HSetFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName)
@@ -170,10 +170,10 @@ OSErr FindFolder(int16_t vRefNum, OSType folderType, Boolean createFolder, int16
     return Files()->xFindFolder(vRefNum, folderType, createFolder, foundVRefNum, foundDirID);
 }
 
-OSErr FSpGetPOSIXPath(const FSSpec *spec, char *out, int32_t outSize)
+OSErr FSpGetPOSIXPath(const FSSpec *theSpec, char *out, int32_t outSize)
 {
     if (OSErr err = PlatformFaultCheck("FSpGetPOSIXPath")) return err;
-    return Files()->xSpecToPOSIX(spec, out, outSize);
+    return Files()->xSpecToPOSIX(theSpec, out, outSize);
 }
 
 OSErr PlatformClassicPathToPOSIX(const char *classicPath, char *out, int32_t outSize)

@@ -17,7 +17,7 @@ extern "C" {
 /* One member per toolbox call; the FSSpec calls go through the (vRefNum, dirID, name)
  * members with the FSSpec's fields. */
 typedef struct Tpx1FileMethods {
-    OSErr (*xMakeFSSpec)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec);
+    OSErr (*xMakeFSSpec)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *theSpec);
     OSErr (*xGetFInfo)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FInfo *info);
     OSErr (*xSetFInfo)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, const FInfo *info);
     OSErr (*xOpenDF)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int8_t permission,
@@ -37,7 +37,7 @@ typedef struct Tpx1FileMethods {
     OSErr (*xGetCatInfo)(CInfoPBRec *pb);
     OSErr (*xFindFolder)(int16_t vRefNum, OSType folderType, Boolean createFolder,
                          int16_t *foundVRefNum, int32_t *foundDirID);
-    OSErr (*xSpecToPOSIX)(const FSSpec *spec, char *out, int32_t outSize);
+    OSErr (*xSpecToPOSIX)(const FSSpec *theSpec, char *out, int32_t outSize);
     OSErr (*xClassicToPOSIX)(const char *classicPath, char *out, int32_t outSize);
     OSErr (*xPOSIXToClassic)(const char *posixPath, char *out, int32_t outSize);
     /* Close every open file and forget directory ids, cached listings and volumes. */

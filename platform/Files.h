@@ -39,14 +39,14 @@ enum { kDontCreateFolder = 0, kCreateFolder = 1 };
 #define kTemporaryFolderType FOUR_CHAR('t', 'e', 'm', 'p')
 
 /* With vRefNum 0 and dirID 0, fileName is a full classic path. fnfErr means the parent
- * folder exists and spec names a file that does not (yet); dirNFErr, a folder on the way
+ * folder exists and the FSSpec names a file that does not (yet); dirNFErr, a folder on the way
  * is missing; nsvErr, no such volume; bdNamErr, a bad name. */
-TPX1_API OSErr FSMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *spec);
+TPX1_API OSErr FSMakeFSSpec(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FSSpec *theSpec);
 TPX1_API OSErr HGetFInfo(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, FInfo *info);
 TPX1_API OSErr HSetFInfo(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, const FInfo *info);
-TPX1_API OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info);
+TPX1_API OSErr FSpGetFInfo(const FSSpec *theSpec, FInfo *info);
 TPX1_API OSErr HOpenDF(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int8_t permission, int16_t *refNum);
-TPX1_API OSErr FSpOpenDF(const FSSpec *spec, int8_t permission, int16_t *refNum);
+TPX1_API OSErr FSpOpenDF(const FSSpec *theSpec, int8_t permission, int16_t *refNum);
 TPX1_API OSErr GetEOF(int16_t refNum, int32_t *logEOF);
 TPX1_API OSErr SetEOF(int16_t refNum, int32_t logEOF);
 TPX1_API OSErr GetFPos(int16_t refNum, int32_t *filePos);
@@ -56,9 +56,9 @@ TPX1_API OSErr FSRead(int16_t refNum, int32_t *count, void *buffPtr);
 TPX1_API OSErr FSWrite(int16_t refNum, int32_t *count, const void *buffPtr);
 TPX1_API OSErr FSClose(int16_t refNum);
 TPX1_API OSErr HCreate(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, OSType creator, OSType fileType);
-TPX1_API OSErr FSpCreate(const FSSpec *spec, OSType creator, OSType fileType, int16_t scriptTag);
+TPX1_API OSErr FSpCreate(const FSSpec *theSpec, OSType creator, OSType fileType, int16_t scriptTag);
 TPX1_API OSErr HDelete(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName);
-TPX1_API OSErr FSpDelete(const FSSpec *spec);
+TPX1_API OSErr FSpDelete(const FSSpec *theSpec);
 TPX1_API OSErr HSetFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName);
 TPX1_API OSErr HRstFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName);
 
@@ -81,7 +81,7 @@ TPX1_API OSErr FindFolder(int16_t vRefNum, OSType folderType, Boolean createFold
                           int16_t *foundVRefNum, int32_t *foundDirID);
 
 /* The POSIX path (UTF-8) of an FSSpec: stands in for FSpMakeFSRef and CFURL. */
-TPX1_API OSErr FSpGetPOSIXPath(const FSSpec *spec, char *out, int32_t outSize);
+TPX1_API OSErr FSpGetPOSIXPath(const FSSpec *theSpec, char *out, int32_t outSize);
 /* Conversions between full classic paths (Mac Roman) and POSIX paths (UTF-8). */
 TPX1_API OSErr PlatformClassicPathToPOSIX(const char *classicPath, char *out, int32_t outSize);
 TPX1_API OSErr PlatformPOSIXPathToClassic(const char *posixPath, char *out, int32_t outSize);

@@ -2,7 +2,7 @@
  * ProcessCurrent.cpp: this process as the Process Manager shows it: its declared
  * signature (and with it its bus name), its serial number, its application path (the
  * executable, or TPX1_APP_PATH), the activate callback, and the filling of process
- * information records (name and application spec) for any process.
+ * information records (name and application FSSpec) for any process.
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"

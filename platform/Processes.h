@@ -29,7 +29,7 @@ typedef struct ProcessInfoRec {
     OSType processSignature;
     uint32_t processMode;
     int32_t processPID;                /* Linux: the process id */
-    FSSpec *processAppSpec;            /* NULL or the application file's spec */
+    FSSpec *processAppSpec;            /* NULL or the application file's FSSpec */
 } ProcessInfoRec;
 
 TPX1_API OSErr GetCurrentProcess(ProcessSerialNumber *psn);

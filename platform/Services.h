@@ -31,7 +31,7 @@ typedef struct Tpx1ResourceMethods {
  * recorder of the tests. */
 typedef struct Tpx1DialogMethods {
     const char *zName;
-    int16_t (*xRun)(const DialogSpec *spec);
+    int16_t (*xRun)(const DialogSpec *theSpec);
     void (*xBeep)(int16_t duration);
     OSErr (*xChooseFile)(const char *windowTitle, const char *clientName, char *path, int32_t pathSize);
     OSErr (*xPutFile)(const char *windowTitle, const char *clientName, const char *proposedName,

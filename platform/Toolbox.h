@@ -60,7 +60,7 @@ typedef struct DialogSpec {
 } DialogSpec;
 /* Shows the dialog and returns the button (1..3) that closed it, or -1 if it could not
  * be shown. */
-TPX1_API int16_t RunModalDialog(const DialogSpec *spec);
+TPX1_API int16_t RunModalDialog(const DialogSpec *theSpec);
 
 /* Lines a text needs when laid out in a box widthPixels wide (word wrap, CR and LF
  * break lines) and the line height of the system font, both in pixels. */
@@ -75,7 +75,7 @@ TPX1_API OSErr NavChooseFile(const char *windowTitle, const char *clientName, ch
 TPX1_API OSErr NavPutFile(const char *windowTitle, const char *clientName, const char *proposedName,
                           char *folderPath, int32_t folderSize, char *fileName, int32_t nameSize);
 
-/* Test backend of the dialog service: records every dialog (a copy of its spec) and
+/* Test backend of the dialog service: records every dialog (a copy of its layout) and
  * every beep, and answers from a queue (button 1 when the queue is empty; file dialogs
  * cancel when their queue is empty). PlatformDialogUseDefault goes back to the backend
  * the environment chooses (log, terminal or headless). */

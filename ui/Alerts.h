@@ -13,7 +13,7 @@
  * buttons, the text area grown by the text's height and the buttons moved down by it.
  * Returns 0, or -1 when DLOG 23005 is missing. */
 short LayoutVariableDlg(char kind, const char *text, const char *button1, const char *button2,
-                        const char *button3, DialogSpec *spec, char *caption, long captionSize);
+                        const char *button3, DialogSpec *theSpec, char *caption, long captionSize);
 short VariableDlg(char kind, const char *text, const char *button1, const char *button2, const char *button3);
 
 void ReportErrorToUser(long functionNumber, short error);

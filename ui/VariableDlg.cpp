@@ -119,18 +119,18 @@ static void MoveRectDown(Rect *r, int16_t by)
 }
 
 short LayoutVariableDlg(char kind, const char *text, const char *button1, const char *button2,
-                        const char *button3, DialogSpec *spec, char *caption, long captionSize)
+                        const char *button3, DialogSpec *theSpec, char *caption, long captionSize)
 {
-    memset(spec, 0, sizeof *spec);
-    spec->kind = kind;
-    spec->text = text ? text : "";
-    spec->cancelButton = ChooseCancelButton(button1, button2, button3);
-    spec->defaultButton = 1;
+    memset(theSpec, 0, sizeof *theSpec);
+    theSpec->kind = kind;
+    theSpec->text = text ? text : "";
+    theSpec->cancelButton = ChooseCancelButton(button1, button2, button3);
+    theSpec->defaultButton = 1;
 
     short captionIndex;
     bool beep;
-    KindLook(kind, &spec->icon, &captionIndex, &beep);
-    spec->beep = beep;
+    KindLook(kind, &theSpec->icon, &captionIndex, &beep);
+    theSpec->beep = beep;
     if (caption && captionSize > 0) {
         caption[0] = 0;
         if (captionIndex) {
@@ -140,46 +140,46 @@ short LayoutVariableDlg(char kind, const char *text, const char *button1, const 
             caption[captionSize - 1] = 0;
         }
     }
-    spec->caption = caption ? caption : "";
+    theSpec->caption = caption ? caption : "";
 
     DlogLayout layout;
     if (!LoadDlogLayout(&layout))
         return -1;
-    spec->window = layout.window;
-    spec->textItem = layout.items[kItemText];
+    theSpec->window = layout.window;
+    theSpec->textItem = layout.items[kItemText];
     for (int i = 0; i < 3; i++)
-        spec->buttonItems[i] = layout.items[i + 1];
-    if (spec->icon < 0) {
-        spec->textItem.top = (int16_t)(spec->textItem.top - kNoIconRaise);
+        theSpec->buttonItems[i] = layout.items[i + 1];
+    if (theSpec->icon < 0) {
+        theSpec->textItem.top = (int16_t)(theSpec->textItem.top - kNoIconRaise);
     } else {
-        spec->iconItem = layout.items[kItemIcon];
-        spec->captionItem = layout.items[kItemCaption];
+        theSpec->iconItem = layout.items[kItemIcon];
+        theSpec->captionItem = layout.items[kItemCaption];
     }
 
-    int16_t width = (int16_t)(spec->textItem.right - spec->textItem.left);
-    int32_t lines = TEMeasureLines(spec->text, (int32_t)strlen(spec->text), width);
+    int16_t width = (int16_t)(theSpec->textItem.right - theSpec->textItem.left);
+    int32_t lines = TEMeasureLines(theSpec->text, (int32_t)strlen(theSpec->text), width);
     int16_t height = (int16_t)(lines * TELineHeight());
-    spec->textHeight = height;
-    spec->window.bottom = (int16_t)(spec->window.bottom + height);
-    spec->textItem.bottom = (int16_t)(spec->textItem.bottom + height);
+    theSpec->textHeight = height;
+    theSpec->window.bottom = (int16_t)(theSpec->window.bottom + height);
+    theSpec->textItem.bottom = (int16_t)(theSpec->textItem.bottom + height);
 
     const char *titles[3] = {button1, button2, button3};
     for (int i = 0; i < 3; i++) {
-        MoveRectDown(&spec->buttonItems[i], height);
-        spec->buttons[i] = titles[i] ? titles[i] : "";
-        spec->shown[i] = i == 0 || HasTitle(titles[i]);
+        MoveRectDown(&theSpec->buttonItems[i], height);
+        theSpec->buttons[i] = titles[i] ? titles[i] : "";
+        theSpec->shown[i] = i == 0 || HasTitle(titles[i]);
     }
     return 0;
 }
 
 short VariableDlg(char kind, const char *text, const char *button1, const char *button2, const char *button3)
 {
-    DialogSpec spec;
+    DialogSpec theSpec;
     char caption[kTitleSize];
-    short err = LayoutVariableDlg(kind, text, button1, button2, button3, &spec, caption, sizeof caption);
-    if (spec.beep)
+    short err = LayoutVariableDlg(kind, text, button1, button2, button3, &theSpec, caption, sizeof caption);
+    if (theSpec.beep)
         SysBeep(5);
     if (err)
         return -1;
-    return RunModalDialog(&spec);
+    return RunModalDialog(&theSpec);
 }

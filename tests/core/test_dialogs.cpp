@@ -12,12 +12,12 @@
 
 class DialogTest : public StoreTest {
 protected:
-    DialogSpec spec{};
+    DialogSpec theSpec{};
     char caption[256];
     int16_t Cancel(const char *b1, const char *b2, const char *b3)
     {
-        EXPECT_EQ(LayoutVariableDlg('M', "text", b1, b2, b3, &spec, caption, sizeof caption), 0);
-        return spec.cancelButton;
+        EXPECT_EQ(LayoutVariableDlg('M', "text", b1, b2, b3, &theSpec, caption, sizeof caption), 0);
+        return theSpec.cancelButton;
     }
     const DialogSpec *Last() { return PlatformDialogRecorded(PlatformDialogRecordedCount() - 1); }
 };
@@ -25,51 +25,51 @@ protected:
 TEST_F(DialogTest, CancelButtonAndHiddenButtons)
 {
     EXPECT_EQ(Cancel("OK", "", ""), 1);
-    EXPECT_TRUE(spec.shown[0]);
-    EXPECT_FALSE(spec.shown[1]);
-    EXPECT_FALSE(spec.shown[2]);
-    EXPECT_EQ(spec.defaultButton, 1);
+    EXPECT_TRUE(theSpec.shown[0]);
+    EXPECT_FALSE(theSpec.shown[1]);
+    EXPECT_FALSE(theSpec.shown[2]);
+    EXPECT_EQ(theSpec.defaultButton, 1);
     EXPECT_EQ(Cancel("Save", "Don't Save", "Cancel"), 3);
-    EXPECT_TRUE(spec.shown[1] && spec.shown[2]);
+    EXPECT_TRUE(theSpec.shown[1] && theSpec.shown[2]);
     EXPECT_EQ(Cancel("Yes", "No", ""), 2);
     EXPECT_EQ(Cancel("Yes", "Maybe", ""), 2);
     EXPECT_EQ(Cancel("No", "cancel", "Back"), 2);     /* CANCEL is looked for first */
     EXPECT_EQ(Cancel("back", "Go", "no"), 3);          /* then NO, then BACK */
     EXPECT_EQ(Cancel("Go back", "", "Stop"), 1);
     EXPECT_EQ(Cancel("OK", nullptr, nullptr), 1);
-    EXPECT_FALSE(spec.shown[1]);
-    EXPECT_STREQ(spec.buttons[1], "");
+    EXPECT_FALSE(theSpec.shown[1]);
+    EXPECT_STREQ(theSpec.buttons[1], "");
 }
 
 TEST_F(DialogTest, TextGrowsTheWindowAndMovesTheButtons)
 {
-    ASSERT_EQ(LayoutVariableDlg('M', "", "OK", "", "", &spec, caption, sizeof caption), 0);
-    DialogSpec empty = spec;
+    ASSERT_EQ(LayoutVariableDlg('M', "", "OK", "", "", &theSpec, caption, sizeof caption), 0);
+    DialogSpec empty = theSpec;
     EXPECT_EQ(empty.textHeight, 0);
     std::string text = "one\rtwo\rthree\r" + std::string(200, 'w');
-    ASSERT_EQ(LayoutVariableDlg('M', text.c_str(), "OK", "", "", &spec, caption, sizeof caption), 0);
-    int16_t width = (int16_t)(spec.textItem.right - spec.textItem.left);
+    ASSERT_EQ(LayoutVariableDlg('M', text.c_str(), "OK", "", "", &theSpec, caption, sizeof caption), 0);
+    int16_t width = (int16_t)(theSpec.textItem.right - theSpec.textItem.left);
     int16_t height = (int16_t)(TEMeasureLines(text.c_str(), (int32_t)text.size(), width) * TELineHeight());
     EXPECT_GT(height, 4 * TELineHeight());
-    EXPECT_EQ(spec.textHeight, height);
-    EXPECT_EQ(spec.window.bottom - empty.window.bottom, height);
-    EXPECT_EQ(spec.window.right, empty.window.right);
-    EXPECT_EQ(spec.textItem.bottom - empty.textItem.bottom, height);
-    EXPECT_EQ(spec.textItem.top, empty.textItem.top);
+    EXPECT_EQ(theSpec.textHeight, height);
+    EXPECT_EQ(theSpec.window.bottom - empty.window.bottom, height);
+    EXPECT_EQ(theSpec.window.right, empty.window.right);
+    EXPECT_EQ(theSpec.textItem.bottom - empty.textItem.bottom, height);
+    EXPECT_EQ(theSpec.textItem.top, empty.textItem.top);
     for (int i = 0; i < 3; i++) {
-        EXPECT_EQ(spec.buttonItems[i].top - empty.buttonItems[i].top, height);
-        EXPECT_EQ(spec.buttonItems[i].bottom - empty.buttonItems[i].bottom, height);
+        EXPECT_EQ(theSpec.buttonItems[i].top - empty.buttonItems[i].top, height);
+        EXPECT_EQ(theSpec.buttonItems[i].bottom - empty.buttonItems[i].bottom, height);
     }
 
     /* An icon keeps the text area where it is; without one it moves up by 15. */
-    ASSERT_EQ(LayoutVariableDlg('s', "", "OK", "", "", &spec, caption, sizeof caption), 0);
-    EXPECT_EQ(spec.textItem.top - empty.textItem.top, 15);
-    EXPECT_EQ(spec.icon, 0);
+    ASSERT_EQ(LayoutVariableDlg('s', "", "OK", "", "", &theSpec, caption, sizeof caption), 0);
+    EXPECT_EQ(theSpec.textItem.top - empty.textItem.top, 15);
+    EXPECT_EQ(theSpec.icon, 0);
     char expected[256];
     my_getindstring(expected, 15000, 35);
     EXPECT_NE(expected[0], 0);
-    EXPECT_STREQ(spec.caption, expected);
-    EXPECT_NE(spec.iconItem.bottom, 0);
+    EXPECT_STREQ(theSpec.caption, expected);
+    EXPECT_NE(theSpec.iconItem.bottom, 0);
     EXPECT_EQ(empty.iconItem.bottom, 0);
     EXPECT_EQ(empty.captionItem.right, 0);
 }

@@ -107,8 +107,8 @@ std::vector<std::string> FilesTest::TakeDialogs()
 {
     std::vector<std::string> texts;
     for (int32_t i = 0; i < PlatformDialogRecordedCount(); i++) {
-        const DialogSpec *spec = PlatformDialogRecorded(i);
-        texts.push_back(spec && spec->text ? spec->text : "");
+        const DialogSpec *theSpec = PlatformDialogRecorded(i);
+        texts.push_back(theSpec && theSpec->text ? theSpec->text : "");
     }
     PlatformDialogClearRecord();
     return texts;

@@ -77,15 +77,15 @@ TEST_F(FilesTest, CatalogPathsWalkUpToTheVolume)
 {
     MakeFolder("A/B");
     WriteFile("A/B/f.txt", "x");
-    FSSpec spec;
-    ASSERT_EQ(GetFSSpecFromFullPath(Classic("A:B:f.txt").c_str(), &spec), noErr);
+    FSSpec theSpec;
+    ASSERT_EQ(GetFSSpecFromFullPath(Classic("A:B:f.txt").c_str(), &theSpec), noErr);
     char out[256];
-    ASSERT_EQ(GetFullPathFromFSSpec(&spec, out), noErr);
+    ASSERT_EQ(GetFullPathFromFSSpec(&theSpec, out), noErr);
     EXPECT_EQ(std::string(out), Classic("A:B:f.txt"));
-    ASSERT_EQ(GetPathWithDelimiterFromDirID(spec.parID, spec.vRefNum, out), noErr);
+    ASSERT_EQ(GetPathWithDelimiterFromDirID(theSpec.parID, theSpec.vRefNum, out), noErr);
     EXPECT_EQ(std::string(out), Classic("A:B:"));
-    EXPECT_EQ(GetFSSpecFromFullPath(Classic("A:B:missing.txt").c_str(), &spec), fnfErr);
-    EXPECT_EQ(GetFSSpecFromFullPath(Classic("A:None:missing.txt").c_str(), &spec), dirNFErr);
+    EXPECT_EQ(GetFSSpecFromFullPath(Classic("A:B:missing.txt").c_str(), &theSpec), fnfErr);
+    EXPECT_EQ(GetFSSpecFromFullPath(Classic("A:None:missing.txt").c_str(), &theSpec), dirNFErr);
 }
 
 class BaseDirectoryTest : public FilesTest {

@@ -60,18 +60,18 @@ void SendDoScript(const std::string &name)
 
 std::string ShowAlert(const std::string &text)
 {
-    DialogSpec spec{};
-    spec.kind = 'N';
-    spec.text = text.c_str();
-    spec.buttons[0] = "OK";
-    spec.buttons[1] = "Cancel";
-    spec.buttons[2] = "";
-    spec.shown[0] = spec.shown[1] = 1;
-    spec.defaultButton = 1;
-    spec.cancelButton = 2;
-    spec.icon = -1;
-    spec.caption = "";
-    return std::to_string(RunModalDialog(&spec));
+    DialogSpec theSpec{};
+    theSpec.kind = 'N';
+    theSpec.text = text.c_str();
+    theSpec.buttons[0] = "OK";
+    theSpec.buttons[1] = "Cancel";
+    theSpec.buttons[2] = "";
+    theSpec.shown[0] = theSpec.shown[1] = 1;
+    theSpec.defaultButton = 1;
+    theSpec.cancelButton = 2;
+    theSpec.icon = -1;
+    theSpec.caption = "";
+    return std::to_string(RunModalDialog(&theSpec));
 }
 
 void FakeExternal(int32_t id, FMX_Handle arg, FMX_Handle result)

@@ -20,8 +20,8 @@ namespace {
 
 std::string DialogText(int32_t i)
 {
-    const DialogSpec *spec = PlatformDialogRecorded(i);
-    return spec && spec->text ? spec->text : "<none>";
+    const DialogSpec *theSpec = PlatformDialogRecorded(i);
+    return theSpec && theSpec->text ? theSpec->text : "<none>";
 }
 
 }   // namespace
@@ -132,21 +132,21 @@ TEST_F(IacTest, DocumentsTravelAsFileURLs)
     IacTempFolder temp;
     std::string document = temp.Write("My Sites.map", "m");
     temp.Write("Partner/NIMBO");
-    FSSpec spec;
-    ASSERT_EQ(GetFSSpecFromFullPath(temp.Classic("My Sites.map").c_str(), &spec), noErr);
+    FSSpec theSpec;
+    ASSERT_EQ(GetFSSpecFromFullPath(temp.Classic("My Sites.map").c_str(), &theSpec), noErr);
 
     /* Launching with a document hands it over with the launch. */
     AddFriend(kNimboSignature, temp.Classic("Partner/NIMBO").c_str());
     PlatformMemoryBusSetLaunchSignature(kNimboSignature);
     unsigned char launched = 0;
     ProcessSerialNumber psn = {0, 0};
-    EXPECT_EQ(SignatureToApp(kNimboSignature, &spec, &psn, nullptr, &launched, 2, launchContinue), noErr);
+    EXPECT_EQ(SignatureToApp(kNimboSignature, &theSpec, &psn, nullptr, &launched, 2, launchContinue), noErr);
     EXPECT_EQ(launched, 1);
     EXPECT_STREQ(PlatformMemoryBusLaunchDocument(0), document.c_str());
     EXPECT_FALSE(psn.highLongOfPSN == 0 && psn.lowLongOfPSN == 0);
 
     /* A running partner is brought forward and sent the open-document event. */
-    EXPECT_EQ(SignatureToApp(kNimboSignature, &spec, &psn, nullptr, &launched, 2, launchContinue), noErr);
+    EXPECT_EQ(SignatureToApp(kNimboSignature, &theSpec, &psn, nullptr, &launched, 2, launchContinue), noErr);
     EXPECT_EQ(launched, 0);
     EXPECT_EQ(PlatformMemoryBusFrontCount(), 1);
     AppleEvent event;

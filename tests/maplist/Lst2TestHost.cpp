@@ -80,6 +80,6 @@ int Lst2Test::DialogCount()
 
 std::string Lst2Test::DialogText(int i)
 {
-    const DialogSpec *spec = PlatformDialogRecorded(i);
-    return spec != nullptr ? std::string(spec->text) : std::string("<no dialog>");
+    const DialogSpec *theSpec = PlatformDialogRecorded(i);
+    return theSpec != nullptr ? std::string(theSpec->text) : std::string("<no dialog>");
 }

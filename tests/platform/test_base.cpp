@@ -56,9 +56,9 @@ TEST(PlatformFaults, ParseList)
     EXPECT_EQ(PlatformFaultCheck("AESend"), errAETimeout);
     EXPECT_EQ(PlatformFaultCheck("AESend"), errAETimeout);
 
-    const char *spec = "A:1:-36,B:0:-36,C:1,D:x:-1,E:1:-36:sometimes,F:1:-50";
-    EXPECT_EQ(PlatformFaultParse(spec, &bad), -1);
-    EXPECT_EQ(bad, spec + 8);                 // the first bad item
+    const char *theSpec = "A:1:-36,B:0:-36,C:1,D:x:-1,E:1:-36:sometimes,F:1:-50";
+    EXPECT_EQ(PlatformFaultParse(theSpec, &bad), -1);
+    EXPECT_EQ(bad, theSpec + 8);                 // the first bad item
     EXPECT_EQ(PlatformFaultCheck("A"), ioErr);  // good items around it still apply
     EXPECT_EQ(PlatformFaultCheck("F"), paramErr);
     EXPECT_EQ(PlatformFaultCheck("E"), noErr);

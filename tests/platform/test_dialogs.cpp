@@ -49,12 +49,12 @@ TEST(PlatformDialogs, RecorderCopiesAndAnswers)
     PlatformDialogUseRecorder();
     char text[] = "Delete it?";
     char yes[] = "Yes";
-    DialogSpec spec = MakeSpec(text, yes, "No", "");
+    DialogSpec theSpec = MakeSpec(text, yes, "No", "");
     PlatformDialogQueueAnswer(2);
-    EXPECT_EQ(RunModalDialog(&spec), 2);
+    EXPECT_EQ(RunModalDialog(&theSpec), 2);
     strcpy(text, "changed");
     strcpy(yes, "Oui");
-    EXPECT_EQ(RunModalDialog(&spec), 1);   // empty queue: button 1
+    EXPECT_EQ(RunModalDialog(&theSpec), 1);   // empty queue: button 1
     SysBeep(5);
     ASSERT_EQ(PlatformDialogRecordedCount(), 2);
     const DialogSpec *first = PlatformDialogRecorded(0);
@@ -84,7 +84,7 @@ TEST(PlatformDialogs, RecorderCopiesAndAnswers)
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, 8), paramErr);   // does not fit
 
     PlatformFaultSet("RunModalDialog", 1, memFullErr, false);
-    EXPECT_EQ(RunModalDialog(&spec), -1);
+    EXPECT_EQ(RunModalDialog(&theSpec), -1);
     PlatformFaultSet("NavChooseFile", 1, ioErr, false);
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, sizeof path), ioErr);
     PlatformFaultClear(nullptr);
@@ -113,18 +113,18 @@ TEST(PlatformDialogs, LogBackendWritesJsonLinesAndUsesAnswers)
     setenv("TPX1_DIALOG_ANSWERS", "2,Linux:tmp:caf\xC3\xA9.txt,,Linux:out:r.txt,,7", 1);
     PlatformDialogReset();
 
-    DialogSpec spec = MakeSpec("Say \"hi\"\\\rcaf\x8E\ttab", "OK", "Cancel", "");
-    EXPECT_EQ(RunModalDialog(&spec), 2);
+    DialogSpec theSpec = MakeSpec("Say \"hi\"\\\rcaf\x8E\ttab", "OK", "Cancel", "");
+    EXPECT_EQ(RunModalDialog(&theSpec), 2);
     char path[64], folder[64], name[32];
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, sizeof path), noErr);
     EXPECT_STREQ(path, "Linux:tmp:caf\x8E.txt");   // answered in Mac Roman
-    EXPECT_EQ(RunModalDialog(&spec), 2);            // empty entry: the cancel button
+    EXPECT_EQ(RunModalDialog(&theSpec), 2);            // empty entry: the cancel button
     EXPECT_EQ(NavPutFile("Save", "TPX1", "r.txt", folder, sizeof folder, name, sizeof name), noErr);
     EXPECT_STREQ(folder, "Linux:out:");
     EXPECT_STREQ(name, "r.txt");
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, sizeof path), userCanceledErr);   // empty entry
-    EXPECT_EQ(RunModalDialog(&spec), 1);            // 7 is no button: the default
-    EXPECT_EQ(RunModalDialog(&spec), 1);            // list used up
+    EXPECT_EQ(RunModalDialog(&theSpec), 1);            // 7 is no button: the default
+    EXPECT_EQ(RunModalDialog(&theSpec), 1);            // list used up
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, sizeof path), userCanceledErr);
     SysBeep(5);
 
@@ -155,9 +155,9 @@ TEST(PlatformDialogs, HeadlessLineOnStderr)
     close(devNull);
     PlatformDialogReset();
 
-    DialogSpec spec = MakeSpec("First line\r\nsecond\rthird \x8E", "OK", "", "");
+    DialogSpec theSpec = MakeSpec("First line\r\nsecond\rthird \x8E", "OK", "", "");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(RunModalDialog(&spec), 1);
+    EXPECT_EQ(RunModalDialog(&theSpec), 1);
     char path[64] = "x";
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, sizeof path), userCanceledErr);
     EXPECT_STREQ(path, "");

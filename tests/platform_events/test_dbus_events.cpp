@@ -108,13 +108,13 @@ bool PumpUntil(const std::function<bool()> &done)
     return done();
 }
 
-bool FindProcess(OSType signature, ProcessSerialNumber *found, ProcessInfoRec *info, FSSpec *spec)
+bool FindProcess(OSType signature, ProcessSerialNumber *found, ProcessInfoRec *info, FSSpec *theSpec)
 {
     ProcessSerialNumber psn{0, kNoProcess};
     while (GetNextProcess(&psn) == noErr) {
         memset(info, 0, sizeof *info);
         info->processInfoLength = 60;
-        info->processAppSpec = spec;
+        info->processAppSpec = theSpec;
         if (GetProcessInformation(&psn, info) == noErr && info->processSignature == signature) {
             *found = psn;
             return true;
@@ -127,8 +127,8 @@ bool Running(OSType signature)
 {
     ProcessSerialNumber psn;
     ProcessInfoRec info;
-    FSSpec spec;
-    return FindProcess(signature, &psn, &info, &spec);
+    FSSpec theSpec;
+    return FindProcess(signature, &psn, &info, &theSpec);
 }
 
 OSErr SendText(OSType to, std::vector<Param> params, int32_t mode = kAENoReply)
@@ -145,7 +145,7 @@ OSErr SendText(OSType to, std::vector<Param> params, int32_t mode = kAENoReply)
     return err;
 }
 
-OSErr SpecFor(const std::string &posix, FSSpec *spec)
+OSErr SpecFor(const std::string &posix, FSSpec *theSpec)
 {
     char classic[1024];
     OSErr err = PlatformPOSIXPathToClassic(posix.c_str(), classic, sizeof classic);
@@ -153,7 +153,7 @@ OSErr SpecFor(const std::string &posix, FSSpec *spec)
     Str255 name;
     name[0] = (unsigned char)strlen(classic);
     memcpy(name + 1, classic, name[0]);
-    err = FSMakeFSSpec(0, 0, name, spec);
+    err = FSMakeFSSpec(0, 0, name, theSpec);
     return err == fnfErr ? (OSErr)noErr : err;
 }
 
@@ -234,11 +234,11 @@ TEST_F(DBusEvents, NamesMakeTheProcessListAndARoundTripWorks)
 
     ProcessSerialNumber psn;
     ProcessInfoRec info;
-    FSSpec spec;
-    ASSERT_TRUE(FindProcess(kTopolux, &psn, &info, &spec));
+    FSSpec theSpec;
+    ASSERT_TRUE(FindProcess(kTopolux, &psn, &info, &theSpec));
     EXPECT_EQ(partner, info.processPID);
     char path[1024];
-    ASSERT_EQ(noErr, FSpGetPOSIXPath(&spec, path, sizeof path));
+    ASSERT_EQ(noErr, FSpGetPOSIXPath(&theSpec, path, sizeof path));
     char real[1024];
     ASSERT_NE(nullptr, realpath(VESK_PATH, real));
     EXPECT_STREQ(real, path);
@@ -367,12 +367,12 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
     chmod(silent.c_str(), 0755);
     chmod(quitter.c_str(), 0755);
     for (const std::string &path : {silent, quitter}) {
-        FSSpec spec;
-        ASSERT_EQ(noErr, SpecFor(path, &spec));
+        FSSpec theSpec;
+        ASSERT_EQ(noErr, SpecFor(path, &theSpec));
         LaunchParamBlockRec plain;
         memset(&plain, 0, sizeof plain);
         plain.launchBlockID = extendedBlock;
-        plain.launchAppSpec = &spec;
+        plain.launchAppSpec = &theSpec;
         EXPECT_EQ(procNotFound, LaunchApplication(&plain)) << path;
     }
     FSSpec missing;

@@ -160,14 +160,14 @@ TEST_F(MemoryBus, LaunchesAndActivationsAreRecorded)
     Str255 pname;
     pname[0] = (unsigned char)strlen(classic);
     memcpy(pname + 1, classic, pname[0]);
-    FSSpec spec;
-    ASSERT_EQ(noErr, FSMakeFSSpec(0, 0, pname, &spec));
+    FSSpec theSpec;
+    ASSERT_EQ(noErr, FSMakeFSSpec(0, 0, pname, &theSpec));
 
     AEAddressDesc target;
     AECreateDesc(typeApplSignature, &kTopolux, 4, &target);
     AppleEvent odoc;
     AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID, 0, &odoc);
-    AEPutParamPtr(&odoc, keyDirectObject, typeFSS, &spec, sizeof spec);
+    AEPutParamPtr(&odoc, keyDirectObject, typeFSS, &theSpec, sizeof theSpec);
     AEDesc parameters;
     ASSERT_EQ(noErr, AECoerceDesc(&odoc, typeAppParameters, &parameters));
 
@@ -176,7 +176,7 @@ TEST_F(MemoryBus, LaunchesAndActivationsAreRecorded)
     block.launchBlockID = extendedBlock;
     block.launchEPBLength = extendedBlockLen;
     block.launchControlFlags = launchContinue + launchNoFileFlags;
-    block.launchAppSpec = &spec;
+    block.launchAppSpec = &theSpec;
     block.launchAppParameters = (AppParameters *)parameters.dataHandle;
     EXPECT_EQ(procNotFound, LaunchApplication(&block));
     PlatformMemoryBusSetLaunchSignature(kTopolux);

@@ -33,8 +33,8 @@ protected:
     void WritePosixFile(const std::string &relative, const std::string &content) const;
     std::string ReadPosixFile(const std::string &relative) const;
     bool PosixExists(const std::string &relative) const;
-    /* The spec of an item named by a classic path relative to the test folder. */
-    OSErr Spec(const std::string &classicRelative, FSSpec *spec) const;
+    /* The FSSpec of an item named by a classic path relative to the test folder. */
+    OSErr Spec(const std::string &classicRelative, FSSpec *theSpec) const;
 
     std::string folder_;          /* POSIX, no trailing slash */
     std::string classicFolder_;   /* "Linux:tmp:tpx1files...:" */

@@ -50,10 +50,10 @@ protected:
     void SetUp() override
     {
         FileTestFolder::SetUp();
-        FSSpec spec;
-        ASSERT_EQ(Spec("probe", &spec), fnfErr);
-        vRefNum_ = spec.vRefNum;
-        dirID_ = spec.parID;
+        FSSpec theSpec;
+        ASSERT_EQ(Spec("probe", &theSpec), fnfErr);
+        vRefNum_ = theSpec.vRefNum;
+        dirID_ = theSpec.parID;
     }
     int16_t vRefNum_ = 0;
     int32_t dirID_ = 0;

@@ -131,11 +131,11 @@ TEST_F(FileIO, CreateAndDeleteAnswerAsTheMacDoes)
     EXPECT_EQ(FSClose(other), noErr);
     EXPECT_EQ(HDelete(0, 0, Pascal(Classic("open.txt"))), fBsyErr);
     EXPECT_EQ(FSClose(ref), noErr);
-    FSSpec spec;
-    ASSERT_EQ(Spec("open.txt", &spec), noErr);
-    EXPECT_EQ(FSpDelete(&spec), noErr);
+    FSSpec theSpec;
+    ASSERT_EQ(Spec("open.txt", &theSpec), noErr);
+    EXPECT_EQ(FSpDelete(&theSpec), noErr);
     EXPECT_FALSE(PosixExists("open.txt"));
-    EXPECT_EQ(FSpDelete(&spec), fnfErr);
+    EXPECT_EQ(FSpDelete(&theSpec), fnfErr);
 }
 
 TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
@@ -154,10 +154,10 @@ TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
     info.fdType = FOUR_CHAR('R', 'P', 'F', ' ');
     info.fdFlags = 0x0100;
     ASSERT_EQ(HSetFInfo(0, 0, Pascal(Classic("doc")), &info), noErr);
-    FSSpec spec;
-    ASSERT_EQ(Spec("doc", &spec), noErr);
+    FSSpec theSpec;
+    ASSERT_EQ(Spec("doc", &theSpec), noErr);
     FInfo back;
-    ASSERT_EQ(FSpGetFInfo(&spec, &back), noErr);
+    ASSERT_EQ(FSpGetFInfo(&theSpec, &back), noErr);
     EXPECT_EQ(back.fdType, FOUR_CHAR('R', 'P', 'F', ' '));
     EXPECT_EQ(back.fdCreator, kTtxt);
     EXPECT_EQ(back.fdFlags, 0x0100);
@@ -167,9 +167,9 @@ TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
 
     /* The catalog shows the same; a file without the attribute reads as zero. */
     CInfoPBRec pb = {};
-    pb.ioNamePtr = spec.name;
-    pb.ioVRefNum = spec.vRefNum;
-    pb.ioDirID = spec.parID;
+    pb.ioNamePtr = theSpec.name;
+    pb.ioVRefNum = theSpec.vRefNum;
+    pb.ioDirID = theSpec.parID;
     ASSERT_EQ(PBGetCatInfoSync(&pb), noErr);
     EXPECT_EQ(pb.finderInfo.fdType, FOUR_CHAR('R', 'P', 'F', ' '));
     WritePosixFile("plain", "");
@@ -235,9 +235,9 @@ TEST_F(FileIO, InjectedFaultsComeBeforeTheFileSystem)
     EXPECT_EQ(Open("f", fsRdPerm, &ref), permErr);
     EXPECT_EQ(Open("f", fsRdPerm, &ref), permErr);
     EXPECT_EQ(PlatformFaultHits("HOpenDF"), 2);
-    FSSpec spec;
-    ASSERT_EQ(Spec("f", &spec), noErr);
-    ASSERT_EQ(FSpOpenDF(&spec, fsRdPerm, &ref), noErr);   /* its own fault point */
+    FSSpec theSpec;
+    ASSERT_EQ(Spec("f", &theSpec), noErr);
+    ASSERT_EQ(FSpOpenDF(&theSpec, fsRdPerm, &ref), noErr);   /* its own fault point */
     EXPECT_EQ(FSClose(ref), noErr);
     PlatformFaultClear("HOpenDF");
     ASSERT_EQ(Open("f", fsRdPerm, &ref), noErr);

@@ -86,8 +86,8 @@ TEST_F(FilePaths, RootVolumeNameComesFromTheEnvironment)
     OSErr err;
     ToPOSIX("Linux:tmp:x", &err);
     EXPECT_EQ(err, nsvErr);
-    FSSpec spec;
-    EXPECT_EQ(FSMakeFSSpec(0, 0, Pascal("Linux:tmp"), &spec), nsvErr);
+    FSSpec theSpec;
+    EXPECT_EQ(FSMakeFSSpec(0, 0, Pascal("Linux:tmp"), &theSpec), nsvErr);
     unsetenv("TPX1_ROOT_VOLUME");
     EXPECT_EQ(ToClassic("/tmp/x"), "Linux:tmp:x");
 }
@@ -172,15 +172,15 @@ TEST_F(FilePaths, MakeFSSpecTellsExistingMissingAndBadPaths)
 
 TEST_F(FilePaths, ClassicSlashAndAccentedNamesReachTheirPOSIXFiles)
 {
-    FSSpec spec;
-    ASSERT_EQ(Spec("a/b Caf\x8E.txt", &spec), fnfErr);
-    ASSERT_EQ(FSpCreate(&spec, 0, 0, smSystemScript), noErr);
+    FSSpec theSpec;
+    ASSERT_EQ(Spec("a/b Caf\x8E.txt", &theSpec), fnfErr);
+    ASSERT_EQ(FSpCreate(&theSpec, 0, 0, smSystemScript), noErr);
     EXPECT_TRUE(PosixExists("a:b Caf\xC3\xA9.txt"));
-    EXPECT_EQ(Spec("a/b Caf\x8E.txt", &spec), noErr);
-    EXPECT_EQ(FSpCreate(&spec, 0, 0, smSystemScript), dupFNErr);
+    EXPECT_EQ(Spec("a/b Caf\x8E.txt", &theSpec), noErr);
+    EXPECT_EQ(FSpCreate(&theSpec, 0, 0, smSystemScript), dupFNErr);
     /* A POSIX name without a Mac Roman form cannot be named. */
     WritePosixFile("\xD0\xB6.txt", "");
-    EXPECT_EQ(Spec("?.txt", &spec), fnfErr);
+    EXPECT_EQ(Spec("?.txt", &theSpec), fnfErr);
 }
 
 TEST_F(FilePaths, DirectoryIdsWalkBackToTheVolumeRoot)

@@ -59,13 +59,13 @@ std::vector<VeskParam> Message(const std::vector<VeskParam> &given)
 std::string OwnClassicPath(void)
 {
     ProcessSerialNumber self{0, kCurrentProcess};
-    FSSpec spec;
+    FSSpec theSpec;
     ProcessInfoRec info;
     memset(&info, 0, sizeof info);
     info.processInfoLength = 60;
-    info.processAppSpec = &spec;
+    info.processAppSpec = &theSpec;
     char posix[4096], classic[4096];
-    if (GetProcessInformation(&self, &info) || FSpGetPOSIXPath(&spec, posix, sizeof posix) ||
+    if (GetProcessInformation(&self, &info) || FSpGetPOSIXPath(&theSpec, posix, sizeof posix) ||
         PlatformPOSIXPathToClassic(posix, classic, sizeof classic))
         return "";
     return classic;

@@ -16,15 +16,15 @@ int VeskPs(int argc, char **argv)
     ProcessSerialNumber psn{0, kNoProcess};
     while (GetNextProcess(&psn) == noErr) {
         unsigned char name[256];
-        FSSpec spec;
+        FSSpec theSpec;
         ProcessInfoRec info;
         memset(&info, 0, sizeof info);
         info.processInfoLength = 60;
         info.processName = name;
-        info.processAppSpec = &spec;
+        info.processAppSpec = &theSpec;
         if (GetProcessInformation(&psn, &info) != noErr) continue;
         char path[4096] = "";
-        if (FSpGetPOSIXPath(&spec, path, sizeof path) != noErr) path[0] = 0;
+        if (FSpGetPOSIXPath(&theSpec, path, sizeof path) != noErr) path[0] = 0;
         std::string display = ToUTF8(std::string((const char *)name + 1, name[0]));
         printf("%-6s %-8d %-20s %s\n", CodeText(info.processSignature).c_str(), (int)info.processPID,
                display.c_str(), path);
