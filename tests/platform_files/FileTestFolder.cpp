@@ -89,7 +89,7 @@ bool FileTestFolder::PosixExists(const std::string &relative) const
     return lstat(Posix(relative).c_str(), &st) == 0;
 }
 
-OSErr FileTestFolder::Spec(const std::string &classicRelative, FSSpec *theSpec) const
+OSErr FileTestFolder::MakeSpec(const std::string &classicRelative, FSSpec *theSpec) const
 {
     return FSMakeFSSpec(0, 0, Pascal(Classic(classicRelative)), theSpec);
 }

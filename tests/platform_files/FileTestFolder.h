@@ -34,7 +34,7 @@ protected:
     std::string ReadPosixFile(const std::string &relative) const;
     bool PosixExists(const std::string &relative) const;
     /* The FSSpec of an item named by a classic path relative to the test folder. */
-    OSErr Spec(const std::string &classicRelative, FSSpec *theSpec) const;
+    OSErr MakeSpec(const std::string &classicRelative, FSSpec *theSpec) const;
 
     std::string folder_;          /* POSIX, no trailing slash */
     std::string classicFolder_;   /* "Linux:tmp:tpx1files...:" */

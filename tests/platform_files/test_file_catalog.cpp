@@ -51,7 +51,7 @@ protected:
     {
         FileTestFolder::SetUp();
         FSSpec theSpec;
-        ASSERT_EQ(Spec("probe", &theSpec), fnfErr);
+        ASSERT_EQ(MakeSpec("probe", &theSpec), fnfErr);
         vRefNum_ = theSpec.vRefNum;
         dirID_ = theSpec.parID;
     }
@@ -86,7 +86,7 @@ TEST_F(FileCatalog, WalkSeesItemsInCatalogOrder)
     ASSERT_EQ(PBGetCatInfoSync(&pb), noErr);
     EXPECT_EQ(pb.ioDrParID, dirID_);
     FSSpec inside;
-    ASSERT_EQ(Spec("Middle:x", &inside), fnfErr);
+    ASSERT_EQ(MakeSpec("Middle:x", &inside), fnfErr);
     EXPECT_EQ(pb.ioDirID, inside.parID);
 
     /* An empty folder ends at once; a missing folder id is dirNFErr. */

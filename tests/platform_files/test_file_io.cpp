@@ -132,7 +132,7 @@ TEST_F(FileIO, CreateAndDeleteAnswerAsTheMacDoes)
     EXPECT_EQ(HDelete(0, 0, Pascal(Classic("open.txt"))), fBsyErr);
     EXPECT_EQ(FSClose(ref), noErr);
     FSSpec theSpec;
-    ASSERT_EQ(Spec("open.txt", &theSpec), noErr);
+    ASSERT_EQ(MakeSpec("open.txt", &theSpec), noErr);
     EXPECT_EQ(FSpDelete(&theSpec), noErr);
     EXPECT_FALSE(PosixExists("open.txt"));
     EXPECT_EQ(FSpDelete(&theSpec), fnfErr);
@@ -155,7 +155,7 @@ TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
     info.fdFlags = 0x0100;
     ASSERT_EQ(HSetFInfo(0, 0, Pascal(Classic("doc")), &info), noErr);
     FSSpec theSpec;
-    ASSERT_EQ(Spec("doc", &theSpec), noErr);
+    ASSERT_EQ(MakeSpec("doc", &theSpec), noErr);
     FInfo back;
     ASSERT_EQ(FSpGetFInfo(&theSpec, &back), noErr);
     EXPECT_EQ(back.fdType, FOUR_CHAR('R', 'P', 'F', ' '));
@@ -236,7 +236,7 @@ TEST_F(FileIO, InjectedFaultsComeBeforeTheFileSystem)
     EXPECT_EQ(Open("f", fsRdPerm, &ref), permErr);
     EXPECT_EQ(PlatformFaultHits("HOpenDF"), 2);
     FSSpec theSpec;
-    ASSERT_EQ(Spec("f", &theSpec), noErr);
+    ASSERT_EQ(MakeSpec("f", &theSpec), noErr);
     ASSERT_EQ(FSpOpenDF(&theSpec, fsRdPerm, &ref), noErr);   /* its own fault point */
     EXPECT_EQ(FSClose(ref), noErr);
     PlatformFaultClear("HOpenDF");
@@ -255,7 +255,7 @@ TEST_F(FileIO, FindFolderUsesTheConfiguredFolders)
     EXPECT_TRUE(PosixExists("Apps"));
     EXPECT_EQ(vRefNum, -1);
     FSSpec inside;
-    ASSERT_EQ(Spec("Apps:TOPOLUX", &inside), fnfErr);
+    ASSERT_EQ(MakeSpec("Apps:TOPOLUX", &inside), fnfErr);
     EXPECT_EQ(inside.parID, dirID);
     unsetenv("TPX1_APPLICATIONS_FOLDER");
 

@@ -126,26 +126,26 @@ TEST_F(FilePaths, MakeFSSpecTellsExistingMissingAndBadPaths)
     WritePosixFile("Data/Sites.txt", "x");
 
     FSSpec file, folder, missing;
-    ASSERT_EQ(Spec("Data:Sites.txt", &file), noErr);
+    ASSERT_EQ(MakeSpec("Data:Sites.txt", &file), noErr);
     EXPECT_EQ(FromPascal(file.name), "Sites.txt");
     EXPECT_EQ(file.vRefNum, -1);
-    ASSERT_EQ(Spec("Data:", &folder), noErr);             /* a trailing colon names the folder */
+    ASSERT_EQ(MakeSpec("Data:", &folder), noErr);             /* a trailing colon names the folder */
     EXPECT_EQ(FromPascal(folder.name), "Data");
-    EXPECT_EQ(Spec("Data", &folder), noErr);
+    EXPECT_EQ(MakeSpec("Data", &folder), noErr);
 
     /* Missing leaf in an existing folder: fnfErr with the FSSpec filled in. */
-    EXPECT_EQ(Spec("Data:New.txt", &missing), fnfErr);
+    EXPECT_EQ(MakeSpec("Data:New.txt", &missing), fnfErr);
     EXPECT_EQ(FromPascal(missing.name), "New.txt");
     EXPECT_EQ(missing.parID, file.parID);
     EXPECT_EQ(FSpCreate(&missing, FOUR_CHAR('t', 't', 'x', 't'), FOUR_CHAR('T', 'E', 'X', 'T'), smSystemScript), noErr);
     EXPECT_TRUE(PosixExists("Data/New.txt"));
 
-    EXPECT_EQ(Spec("Nope:Sites.txt", &missing), dirNFErr);
-    EXPECT_EQ(Spec("Data:Sites.txt:", &missing), dirNFErr);   /* a file is no folder */
-    EXPECT_EQ(Spec("Data:Sites.txt:x", &missing), dirNFErr);
+    EXPECT_EQ(MakeSpec("Nope:Sites.txt", &missing), dirNFErr);
+    EXPECT_EQ(MakeSpec("Data:Sites.txt:", &missing), dirNFErr);   /* a file is no folder */
+    EXPECT_EQ(MakeSpec("Data:Sites.txt:x", &missing), dirNFErr);
     EXPECT_EQ(FSMakeFSSpec(0, 0, Pascal("Nowhere:Data"), &missing), nsvErr);
     EXPECT_EQ(FSMakeFSSpec(0, 0, Pascal(""), &missing), bdNamErr);
-    EXPECT_EQ(Spec("Data:..", &missing), bdNamErr);
+    EXPECT_EQ(MakeSpec("Data:..", &missing), bdNamErr);
 
     FSSpec root;
     ASSERT_EQ(FSMakeFSSpec(0, 0, Pascal("Linux:"), &root), noErr);
@@ -173,14 +173,14 @@ TEST_F(FilePaths, MakeFSSpecTellsExistingMissingAndBadPaths)
 TEST_F(FilePaths, ClassicSlashAndAccentedNamesReachTheirPOSIXFiles)
 {
     FSSpec theSpec;
-    ASSERT_EQ(Spec("a/b Caf\x8E.txt", &theSpec), fnfErr);
+    ASSERT_EQ(MakeSpec("a/b Caf\x8E.txt", &theSpec), fnfErr);
     ASSERT_EQ(FSpCreate(&theSpec, 0, 0, smSystemScript), noErr);
     EXPECT_TRUE(PosixExists("a:b Caf\xC3\xA9.txt"));
-    EXPECT_EQ(Spec("a/b Caf\x8E.txt", &theSpec), noErr);
+    EXPECT_EQ(MakeSpec("a/b Caf\x8E.txt", &theSpec), noErr);
     EXPECT_EQ(FSpCreate(&theSpec, 0, 0, smSystemScript), dupFNErr);
     /* A POSIX name without a Mac Roman form cannot be named. */
     WritePosixFile("\xD0\xB6.txt", "");
-    EXPECT_EQ(Spec("?.txt", &theSpec), fnfErr);
+    EXPECT_EQ(MakeSpec("?.txt", &theSpec), fnfErr);
 }
 
 TEST_F(FilePaths, DirectoryIdsWalkBackToTheVolumeRoot)
@@ -188,8 +188,8 @@ TEST_F(FilePaths, DirectoryIdsWalkBackToTheVolumeRoot)
     ASSERT_EQ(mkdir(Posix("A").c_str(), 0755), 0);
     ASSERT_EQ(mkdir(Posix("A/B").c_str(), 0755), 0);
     FSSpec b, a;
-    ASSERT_EQ(Spec("A:B:", &b), noErr);
-    ASSERT_EQ(Spec("A:", &a), noErr);
+    ASSERT_EQ(MakeSpec("A:B:", &b), noErr);
+    ASSERT_EQ(MakeSpec("A:", &a), noErr);
 
     /* B's own id: the catalog entry of B in A. */
     CInfoPBRec pb = {};
