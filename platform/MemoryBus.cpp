@@ -4,6 +4,7 @@
  * take; launches and activations are recorded; the test delivers events to this process
  * as if they came over the bus.
  */
+#include <cstdlib>
 #include "platform/BusTransport.h"
 #include "platform/EventService.h"
 #include "platform/TestBus.h"
@@ -28,6 +29,17 @@ std::vector<BusProcess> gApps;
 std::deque<SentEvent> gSent;
 std::vector<Launch> gLaunches;
 std::vector<OSType> gFronts;
+
+/* Events nobody took are freed when the process ends, so a test that leaves some
+ * behind is not reported as leaking. Registered at the first kept event, that is after
+ * the descriptor tables exist, so it runs before they are torn down. */
+bool gFreeAtExitRegistered = false;
+
+void FreeSentEventsAtExit(void)
+{
+    for (SentEvent &sent : gSent) AEFreeRecord(sent.event);
+    gSent.clear();
+}
 OSType gLaunchSignature = 0;
 
 BusProcess *FindApp(const ProcessSerialNumber *psn)
@@ -70,6 +82,10 @@ OSErr MemorySend(const AEDescRecord *event, OSType signature, int32_t, int32_t, 
     AEDescRecord *copy = AECopyRecord(event);
     if (!copy) return memFullErr;
     copy->sender = PlatformProcessSignature();
+    if (!gFreeAtExitRegistered) {
+        atexit(FreeSentEventsAtExit);
+        gFreeAtExitRegistered = true;
+    }
     gSent.push_back(SentEvent{signature, copy});
     *handlerResult = noErr;
     return noErr;
