@@ -1,0 +1,174 @@
+/*
+ * test_doscript.cpp: the DoScript queue and the idle handler, driven through the entry
+ * function with fmhost's host memory, the in-memory bus and the manual clock: queue
+ * rules, one script per idle call sent to the host itself as a do-script event, the
+ * announcement of kept messages with its 600-tick grace periods (also across the tick
+ * counter's wrap-around), and the re-entry guard under a real nested Idle.
+ */
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "host/HostCore.h"
+#include "platform/AppleEvents.h"
+#include "platform/Processes.h"
+#include "platform/TestBus.h"
+#include "platform/Toolbox.h"
+#include "plugin/Plugin.h"
+#include "store/MessageLists.h"
+
+namespace {
+
+std::vector<std::string> gScriptsRun;
+HostPlugin *gNestingPlugin = nullptr;
+
+OSErr RecordDoScript(const AppleEvent *event, AppleEvent *, intptr_t)
+{
+    char name[256];
+    DescType type;
+    int32_t size = 0;
+    OSErr err = AEGetParamPtr(event, keyDirectObject, typeChar, &type, name, sizeof name - 1, &size);
+    if (err == noErr)
+        gScriptsRun.push_back(std::string(name, (size_t)size));
+    return err;
+}
+
+/* Bringing the host forward happens inside the idle handler: idling again from there is
+ * the nested Idle the guard is for. */
+void IdleAgainWhenBroughtForward(void)
+{
+    if (gNestingPlugin != nullptr)
+        HostIdle(gNestingPlugin, 0);
+}
+
+class DoScriptTest : public ::testing::Test {
+protected:
+    HostPlugin plugin;
+    void SetUp() override
+    {
+        PlatformBusUseMemory();
+        PlatformSetProcessSignature(FOUR_CHAR('F', 'M', 'P', '7'));
+        PlatformDialogUseRecorder();
+        PlatformClockUseManual(1000, 0);
+        ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, RecordDoScript, 0, false));
+        plugin.entry = RunHostCall;
+        ASSERT_EQ(51, HostInit(&plugin, 60));
+        gScriptsRun.clear();
+    }
+    void TearDown() override
+    {
+        PlatformSetActivateHandler(nullptr);
+        gNestingPlugin = nullptr;
+        HostShutdown(&plugin);
+        AEProcessEvents();
+        EXPECT_EQ(0, HostMemoryLiveHandles() + HostMemoryLivePointers());
+        PlatformClockUseReal();
+    }
+    /* One idle call of the host, then the host's event dispatch; the scripts it ran. */
+    std::vector<std::string> IdleOnce()
+    {
+        gScriptsRun.clear();
+        HostIdle(&plugin, 0);
+        AEProcessEvents();
+        return gScriptsRun;
+    }
+    void KeepMessage(const char *id)
+    {
+        const char *pairs[] = {"MSSG", id, "SIGN", "TPX1"};
+        ASSERT_EQ(noErr, ArchiveMessageForTesting(pairs, 2));
+    }
+    std::string Call(int id, const std::string &arg) { return HostCallExternal(&plugin, id, arg); }
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(DoScriptTest, QueueKeepsNamesOnceInOrderAndRunsOnePerIdle)
+{
+    EXPECT_EQ(0, AddScriptToDoScriptQueue("First"));
+    EXPECT_EQ(0, AddScriptToDoScriptQueue("First")) << "a waiting name is not queued twice";
+    EXPECT_EQ(0, AddScriptToDoScriptQueue(std::string(63, 'x').c_str()));
+    EXPECT_EQ(-1, AddScriptToDoScriptQueue(std::string(64, 'x').c_str()));
+    for (int i = 0; i < 8; i++)
+        EXPECT_EQ(0, AddScriptToDoScriptQueue(("S" + std::to_string(i)).c_str()));
+    EXPECT_EQ(-2, AddScriptToDoScriptQueue("Eleventh"));
+
+    HostIdle(&plugin, 1);
+    AEProcessEvents();
+    EXPECT_TRUE(gScriptsRun.empty()) << "an idle level other than 0 runs nothing";
+
+    EXPECT_EQ(Names{"First"}, IdleOnce());
+    EXPECT_EQ(Names{std::string(63, 'x')}, IdleOnce());
+    EXPECT_EQ(0, AddScriptToDoScriptQueue("First")) << "after it ran it can be queued again";
+    for (int i = 0; i < 8; i++)
+        EXPECT_EQ(Names{"S" + std::to_string(i)}, IdleOnce());
+    EXPECT_EQ(Names{"First"}, IdleOnce());
+    EXPECT_EQ(Names{}, IdleOnce());
+
+    /* Through the external function: the same rules, errors reported with its id. */
+    Call(5, std::string(64, 'y'));
+    ASSERT_EQ(1, PlatformDialogRecordedCount());
+    EXPECT_EQ(std::string("An error occurred in the plug-in function TPX1CallScript.\r\rError: -1\r\r"),
+              PlatformDialogRecorded(0)->text);
+    Call(5, "ByName");
+    EXPECT_EQ(Names{"ByName"}, IdleOnce());
+}
+
+TEST_F(DoScriptTest, KeptMessageIsAnnouncedUntilTakenWithGracePeriods)
+{
+    Call(18, "Handle It");
+    KeepMessage("TEST");
+    EXPECT_EQ(Names{"Handle It"}, IdleOnce()) << "announced at once when nothing is pending";
+    PlatformClockAdvance(599);
+    EXPECT_EQ(Names{}, IdleOnce()) << "within 600 ticks of the announcement";
+    PlatformClockAdvance(1);
+    EXPECT_EQ(Names{"Handle It"}, IdleOnce()) << "announced again after 600 ticks";
+
+    EXPECT_EQ("TEST", Call(36, ""));          /* taken: waits on the solution's accesses */
+    KeepMessage("NEXT");
+    PlatformClockAdvance(300);
+    Call(37, "MSSG");                          /* a get-parameter renews the grace period */
+    PlatformClockAdvance(599);
+    EXPECT_EQ(Names{}, IdleOnce());
+    PlatformClockAdvance(1);
+    EXPECT_EQ(Names{"Handle It"}, IdleOnce());
+
+    EXPECT_EQ("NEXT", Call(36, ""));
+    KeepMessage("LAST");
+    Call(35, "");                              /* cleared: the next message comes at once */
+    EXPECT_EQ(Names{"Handle It"}, IdleOnce());
+    Call(36, "");
+    Call(35, "");
+    EXPECT_EQ(Names{}, IdleOnce()) << "nothing kept, nothing announced";
+}
+
+TEST_F(DoScriptTest, WrappedTickCounterEndsTheGracePeriodAtOnce)
+{
+    Call(18, "Handle It");
+    /* Far from the top of the counter the grace period runs its 600 ticks. */
+    PlatformClockUseManual(0xFFFFF000u, 0);
+    KeepMessage("TEST");
+    EXPECT_EQ(Names{"Handle It"}, IdleOnce());
+    PlatformClockAdvance(599);
+    EXPECT_EQ(Names{}, IdleOnce());
+    /* A counter that wrapped (now below the reference) ends it at once. */
+    PlatformClockUseManual(5, 0);
+    EXPECT_EQ(Names{"Handle It"}, IdleOnce());
+    PlatformClockAdvance(10);
+    EXPECT_EQ(Names{}, IdleOnce()) << "a new grace period from the new announcement";
+}
+
+TEST_F(DoScriptTest, NestedIdleReturnsAtOnce)
+{
+    gNestingPlugin = &plugin;
+    PlatformSetActivateHandler(IdleAgainWhenBroughtForward);
+    AddScriptToDoScriptQueue("A");
+    AddScriptToDoScriptQueue("B");
+    /* Without the guard the nested Idle would send "A" a second time (the queue moves on
+     * only after the send) and take "B" early. */
+    EXPECT_EQ(Names{"A"}, IdleOnce());
+    EXPECT_EQ(Names{"B"}, IdleOnce());
+    EXPECT_GE(PlatformMemoryBusFrontCount(), 2) << "the host was brought forward before each script";
+}
+
+}  // namespace
