@@ -359,6 +359,15 @@ long HarnessLiveHostBlocks()
     return HostMemoryLiveHandles() + HostMemoryLivePointers();
 }
 
+void HarnessShutdownAndCheck(HostPlugin *plugin)
+{
+    HostShutdown(plugin);
+    HarnessDrainEvents();
+    HarnessTakeDialogs();
+    if (HarnessLiveHostBlocks() != 0)
+        HarnessFail("host memory not given back after Shutdown", HarnessLeakReport());
+}
+
 std::string HarnessLeakReport()
 {
     char *text = nullptr;

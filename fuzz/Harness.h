@@ -78,6 +78,9 @@ extern const char *const kReservedGlobalNames[10];
 std::string HarnessStoreProblems(bool reservedGlobalsExpected);
 long HarnessLiveHostBlocks();
 std::string HarnessLeakReport();
+/* The end of every input: Shutdown, the events and dialogs it left handled, and no host
+ * memory may remain (HarnessFail otherwise). */
+void HarnessShutdownAndCheck(HostPlugin *plugin);
 /* Prints what went wrong and aborts: the fuzzer saves the input. */
 [[noreturn]] void HarnessFail(const char *what, const std::string &detail);
 

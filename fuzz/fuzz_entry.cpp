@@ -140,11 +140,7 @@ int FuzzEntryOneInput(const uint8_t *data, size_t size)
             HarnessFail("the stores do not hold together", problem);
     }
 
-    HostShutdown(plugin);
-    HarnessDrainEvents();
-    HarnessTakeDialogs();
-    if (HarnessLiveHostBlocks() != 0)
-        HarnessFail("host memory not given back after Shutdown", HarnessLeakReport());
+    HarnessShutdownAndCheck(plugin);
     return 0;
 }
 

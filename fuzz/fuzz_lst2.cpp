@@ -241,9 +241,7 @@ int FuzzLst2OneInput(const uint8_t *data, size_t size)
     ExpectSame("TPX1ProcessLST2ParameterForTopolux differs from its rule", ModelClean(text), outgoing.data());
     HarnessTakeDialogs();
 
-    HostShutdown(plugin);
-    if (HarnessLiveHostBlocks() != 0)
-        HarnessFail("host memory not given back after Shutdown", HarnessLeakReport());
+    HarnessShutdownAndCheck(plugin);
     return 0;
 }
 

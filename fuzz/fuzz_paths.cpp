@@ -165,9 +165,7 @@ int FuzzPathsOneInput(const uint8_t *data, size_t size)
         HarnessTakeDialogs();
     }
 
-    HostShutdown(plugin);
-    if (HarnessLiveHostBlocks() != 0)
-        HarnessFail("host memory not given back after Shutdown", HarnessLeakReport());
+    HarnessShutdownAndCheck(plugin);
     return 0;
 }
 

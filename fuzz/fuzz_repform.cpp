@@ -164,9 +164,7 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
     if (!HarnessTakeDialogs().empty())
         HarnessFail("a dialog was shown on a file that reads and writes well", "");
 
-    HostShutdown(plugin);
-    if (HarnessLiveHostBlocks() != 0)
-        HarnessFail("host memory not given back after Shutdown", HarnessLeakReport());
+    HarnessShutdownAndCheck(plugin);
     return 0;
 }
 

@@ -130,11 +130,7 @@ int FuzzVeskEventOneInput(const uint8_t *data, size_t size)
     if (OccupiedSlots() != 0)
         HarnessFail("the archive is not empty after reading every message", std::to_string(OccupiedSlots()));
 
-    HostShutdown(plugin);
-    HarnessDrainEvents();
-    HarnessTakeDialogs();
-    if (HarnessLiveHostBlocks() != 0)
-        HarnessFail("host memory not given back after Shutdown", HarnessLeakReport());
+    HarnessShutdownAndCheck(plugin);
     return 0;
 }
 
