@@ -62,11 +62,16 @@ std::string ProcessCurrentAppPath(void)
 {
     const char *setting = PlatformSetting("TPX1_APP_PATH");
     if (setting && *setting) return setting;
-    char path[PATH_MAX];
-    ssize_t len = readlink("/proc/self/exe", path, sizeof path - 1);
-    if (len <= 0) return "";
-    path[len] = 0;
-    return path;
+    /* The executable of a running process does not change: read it once, not at every
+     * process query (each message asks several times whether a partner runs). */
+    static std::string executable;
+    if (executable.empty()) {
+        char path[PATH_MAX];
+        ssize_t len = readlink("/proc/self/exe", path, sizeof path - 1);
+        if (len <= 0) return "";
+        executable.assign(path, (size_t)len);
+    }
+    return executable;
 }
 
 void ProcessCallActivateHandler(void)
