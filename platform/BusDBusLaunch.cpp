@@ -1,7 +1,8 @@
 /*
  * BusDBusLaunch.cpp: LaunchApplication on the bus: starts the executable detached (its
  * own session, standard input from /dev/null, the document's POSIX path as its first
- * argument, the bus address in its environment) and waits, bounded by
+ * argument, the bus address and the application file it was launched as in its
+ * environment) and waits, bounded by
  * TPX1_LAUNCH_TIMEOUT_MS (default 5000), until the new process owns a name on the bus.
  * Started children are reaped when they end.
  */
@@ -36,21 +37,26 @@ int32_t LaunchTimeoutMs(void)
     return value > 0 ? (int32_t)value : kDefaultLaunchTimeoutMs;
 }
 
-/* The environment of the child: ours, with the address of the bus we are on. */
-std::vector<std::string> ChildEnvironment(void)
+/* The environment of the child: ours, with the address of the bus we are on, and
+ * TPX1_APP_PATH naming the file it was launched as. An application started through a
+ * wrapper script then reports the script, the file a relaunch must start, and not the
+ * program the script runs; nor does it inherit the path this process poses as. */
+std::vector<std::string> ChildEnvironment(const std::string &executable)
 {
     std::vector<std::string> env;
-    const char *key = "DBUS_SESSION_BUS_ADDRESS=";
+    const char *busKey = "DBUS_SESSION_BUS_ADDRESS=", *appKey = "TPX1_APP_PATH=";
     for (char **p = environ; p && *p; p++)
-        if (strncmp(*p, key, strlen(key)) != 0) env.push_back(*p);
+        if (strncmp(*p, busKey, strlen(busKey)) != 0 && strncmp(*p, appKey, strlen(appKey)) != 0)
+            env.push_back(*p);
     const char *address = PlatformBusAddress();
-    if (address) env.push_back(std::string(key) + address);
+    if (address) env.push_back(std::string(busKey) + address);
+    env.push_back(std::string(appKey) + executable);
     return env;
 }
 
 OSErr Spawn(const std::string &executable, const std::string &document, pid_t *child)
 {
-    std::vector<std::string> env = ChildEnvironment();
+    std::vector<std::string> env = ChildEnvironment(executable);
     std::vector<char *> envp;
     for (std::string &s : env) envp.push_back(&s[0]);
     envp.push_back(nullptr);

@@ -2,8 +2,9 @@
  * BusDBusProcesses.cpp: the running applications as the bus shows them. The table of
  * org.vesk.App.s<hex> names is loaded once when the connection opens and kept current
  * from the daemon's NameOwnerChanged signals, so that "is it running" costs no round
- * trip; process ids (GetConnectionUnixProcessID) and executables (/proc/<pid>/exe) are
- * looked up when first asked for. Also SetFrontProcess of another application, which
+ * trip; process ids (GetConnectionUnixProcessID) and application files (the
+ * TPX1_APP_PATH a launched process was given, else /proc/<pid>/exe) are looked up when
+ * first asked for. Also SetFrontProcess of another application, which
  * calls its Activate method.
  */
 #include "platform/BusDBus.h"
@@ -98,6 +99,35 @@ int OnNameOwnerChanged(sd_bus_message *m, void *userdata, sd_bus_error *error)
     return 0;
 }
 
+/* The application file a process runs as: the TPX1_APP_PATH it was given (a launched
+ * application gets the file it was launched as, which may be a wrapper script), else
+ * its executable. */
+std::string ApplicationFileOf(uint32_t pid)
+{
+    char file[64];
+    snprintf(file, sizeof file, "/proc/%u/environ", pid);
+    const char key[] = "TPX1_APP_PATH=";
+    if (FILE *f = fopen(file, "r")) {
+        std::string entry;
+        int c;
+        bool found = false;
+        while (!found && (c = fgetc(f)) != EOF) {
+            if (c) {
+                entry += (char)c;
+                continue;
+            }
+            found = entry.size() > sizeof key - 1 && entry.compare(0, sizeof key - 1, key) == 0;
+            if (!found) entry.clear();
+        }
+        fclose(f);
+        if (found) return entry.substr(sizeof key - 1);
+    }
+    char link[64], path[PATH_MAX];
+    snprintf(link, sizeof link, "/proc/%u/exe", pid);
+    ssize_t len = readlink(link, path, sizeof path - 1);
+    return len > 0 ? std::string(path, (size_t)len) : std::string();
+}
+
 /* Looks up the process id and executable of an entry (one round trip, once). The
  * caller drains the bus afterwards, when it no longer holds the entry. */
 bool ResolvePid(NameEntry *entry)
@@ -115,10 +145,7 @@ bool ResolvePid(NameEntry *entry)
     sd_bus_message_unref(reply);
     if (r < 0 || !pid) return false;
     entry->pid = (int32_t)pid;
-    char link[64], path[PATH_MAX];
-    snprintf(link, sizeof link, "/proc/%u/exe", pid);
-    ssize_t len = readlink(link, path, sizeof path - 1);
-    if (len > 0) entry->executable.assign(path, len);
+    entry->executable = ApplicationFileOf(pid);
     return true;
 }
 
