@@ -1,7 +1,9 @@
 /*
  * MacRoman.cpp: conversion between the core's Mac Roman text and UTF-8 with glibc
  * iconv ("MACINTOSH"). One descriptor per direction, opened on first use and kept;
- * a lock serialises their use because an iconv descriptor carries state.
+ * a lock serialises their use because an iconv descriptor carries state. Plain ASCII,
+ * the same bytes in both encodings and most of what partners exchange, is copied
+ * without iconv.
  */
 #include "platform/Toolbox.h"
 
@@ -37,6 +39,13 @@ int32_t SourceLength(const char *src, int32_t srcLen)
     return srcLen < 0 ? (int32_t)strlen(src) : srcLen;
 }
 
+bool IsASCII(const char *src, int32_t srcLen)
+{
+    for (int32_t i = 0; i < srcLen; i++)
+        if ((unsigned char)src[i] >= 0x80) return false;
+    return true;
+}
+
 /* Runs one conversion with the descriptor in *slot (opened on first use); a character
  * iconv refuses becomes one '?', and skip(in, inLeft) says how many source bytes it took.
  * *firstBad, when given, gets the source offset of the first refused character. */
@@ -47,6 +56,12 @@ int32_t Convert(iconv_t *slot, const char *to, const char *from, const char *src
     if (!dst || dstSize < 1) return -1;
     if (!src) src = "";
     srcLen = SourceLength(src, srcLen);
+    if (IsASCII(src, srcLen)) {
+        if (srcLen > dstSize - 1) return -1;
+        memcpy(dst, src, (size_t)srcLen);
+        dst[srcLen] = 0;
+        return srcLen;
+    }
     std::lock_guard<std::mutex> hold(gIconvLock);
     iconv_t cd = OpenConverter(slot, to, from);
     if (cd == (iconv_t)-1) return -1;

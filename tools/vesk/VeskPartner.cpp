@@ -56,8 +56,13 @@ std::vector<VeskParam> Message(const std::vector<VeskParam> &given)
     return message;
 }
 
+/* This partner's own application file as a classic path, read once: it does not
+ * change while the partner runs, and every "HOLA" asks for it. */
 std::string OwnClassicPath(void)
 {
+    static std::string path;
+    static bool known = false;
+    if (known) return path;
     ProcessSerialNumber self{0, kCurrentProcess};
     FSSpec theSpec;
     ProcessInfoRec info;
@@ -68,7 +73,9 @@ std::string OwnClassicPath(void)
     if (GetProcessInformation(&self, &info) || FSpGetPOSIXPath(&theSpec, posix, sizeof posix) ||
         PlatformPOSIXPathToClassic(posix, classic, sizeof classic))
         return "";
-    return classic;
+    path = classic;
+    known = true;
+    return path;
 }
 
 void Send(OSType to, const std::vector<VeskParam> &params)
