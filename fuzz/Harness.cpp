@@ -242,13 +242,7 @@ void HarnessCloseOpenFiles()
 
 std::vector<std::string> HarnessTakeDialogs()
 {
-    std::vector<std::string> texts;
-    for (int32_t i = 0; i < PlatformDialogRecordedCount(); i++) {
-        const DialogSpec *theSpec = PlatformDialogRecorded(i);
-        texts.push_back(theSpec && theSpec->text ? theSpec->text : "");
-    }
-    PlatformDialogClearRecord();
-    return texts;
+    return HostTakeRecordedDialogs();
 }
 
 void HarnessResetProcess(uint32_t clockStep)

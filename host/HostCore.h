@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 #include "plugin/FMXExtern.h"
 
 /* ---- Host memory ---- */
@@ -33,6 +34,12 @@ void HostDisposeHandle(FMX_Handle h);
 /* While a handle is marked, the plug-in disposing of it is a fatal misuse (HostCallRaw
  * marks the argument and result handles for the length of the call). */
 void HostMarkHandleInCall(FMX_Handle h, bool inCall);
+/* Calls one external function of a core linked into this program directly (as the
+ * plug-in's dispatcher does), with the argument as a NUL-terminated text handle; returns
+ * the result handle's bytes. For tests and benchmarks of the core. */
+std::string HostCallCoreFunction(void (*function)(long, char **, char **), long funcId, const std::string &argument);
+/* The texts of the dialogs the platform's recorder took, in order; the record is emptied. */
+std::vector<std::string> HostTakeRecordedDialogs(void);
 
 /* ---- Calling a plug-in ---- */
 struct HostPlugin {

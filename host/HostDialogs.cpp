@@ -1,8 +1,10 @@
 /*
  * HostDialogs.cpp: dialogs in script runs. When a script answers or expects dialogs,
  * the platform's recorder takes them instead of showing them; each recorded dialog is
- * printed once, and expectations check the recorded ones in order.
+ * printed once, and expectations check the recorded ones in order. Also the recorded
+ * texts for programs that drive the core themselves (tests, benchmarks, fuzz targets).
  */
+#include "host/HostCore.h"
 #include "host/HostLanguage.h"
 
 #include "platform/Toolbox.h"
@@ -53,4 +55,15 @@ bool HostDialogsExpectNone(HostSession *session, std::string *actual)
     *actual = HostVisibleText(theSpec && theSpec->text ? theSpec->text : "");
     session->dialogsChecked = count;
     return false;
+}
+
+std::vector<std::string> HostTakeRecordedDialogs(void)
+{
+    std::vector<std::string> texts;
+    for (int32_t i = 0; i < PlatformDialogRecordedCount(); i++) {
+        const DialogSpec *theSpec = PlatformDialogRecorded(i);
+        texts.push_back(theSpec && theSpec->text ? theSpec->text : "");
+    }
+    PlatformDialogClearRecord();
+    return texts;
 }

@@ -105,13 +105,7 @@ struct Host {
     }
     std::string Call(void (*function)(long, char **, char **), long id, const std::string &argument)
     {
-        FMX_Handle arg = HostNewTextHandle(argument + std::string(1, '\0'));
-        FMX_Handle result = HostNewTextHandle("");
-        function(id, arg, result);
-        std::string text = HostHandleBytes(result);
-        HostDisposeHandle(arg);
-        HostDisposeHandle(result);
-        return text;
+        return HostCallCoreFunction(function, id, argument);
     }
 };
 

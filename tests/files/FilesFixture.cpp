@@ -94,22 +94,10 @@ bool FilesTest::Exists(const std::string &relative) const
 
 std::string FilesTest::Call(ExternalFunction function, long funcId, const std::string &argument)
 {
-    FMX_Handle arg = HostNewTextHandle(argument + std::string(1, '\0'));
-    FMX_Handle result = HostNewTextHandle("");
-    function(funcId, arg, result);
-    std::string text = HostHandleBytes(result);
-    HostDisposeHandle(arg);
-    HostDisposeHandle(result);
-    return text;
+    return HostCallCoreFunction(function, funcId, argument);
 }
 
 std::vector<std::string> FilesTest::TakeDialogs()
 {
-    std::vector<std::string> texts;
-    for (int32_t i = 0; i < PlatformDialogRecordedCount(); i++) {
-        const DialogSpec *theSpec = PlatformDialogRecorded(i);
-        texts.push_back(theSpec && theSpec->text ? theSpec->text : "");
-    }
-    PlatformDialogClearRecord();
-    return texts;
+    return HostTakeRecordedDialogs();
 }

@@ -15,6 +15,15 @@
 
 typedef void (*ExternalFunction)(long funcId, char **argHandle, char **resultHandle);
 
+/* True when one of the texts contains part. */
+inline bool Contains(const std::vector<std::string> &texts, const std::string &part)
+{
+    for (const auto &t : texts)
+        if (t.find(part) != std::string::npos)
+            return true;
+    return false;
+}
+
 class FilesTest : public ::testing::Test {
 protected:
     void SetUp() override;

@@ -31,15 +31,6 @@ std::string Pattern(size_t size)
     return bytes;
 }
 
-bool Contains(const std::vector<std::string> &texts, const std::string &part)
-{
-    for (const auto &t : texts) {
-        if (t.find(part) != std::string::npos)
-            return true;
-    }
-    return false;
-}
-
 } // namespace
 
 TEST_F(FilesTest, FileExistsAnswersTrueOrFalse)

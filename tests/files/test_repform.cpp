@@ -26,15 +26,6 @@ std::string Filler(size_t size)
     return bytes;
 }
 
-bool Contains(const std::vector<std::string> &texts, const std::string &part)
-{
-    for (const auto &t : texts) {
-        if (t.find(part) != std::string::npos)
-            return true;
-    }
-    return false;
-}
-
 } // namespace
 
 TEST(RepformIdentifier, AcceptsTheEightPrefixesInAnyCase)

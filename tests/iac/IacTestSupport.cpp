@@ -158,13 +158,7 @@ std::vector<std::string> IacTest::SentIds(const std::vector<SentMessage> &sent)
 
 std::string IacTest::Call(void (*function)(long, char **, char **), long funcId, const std::string &argument)
 {
-    FMX_Handle arg = HostNewTextHandle(argument + std::string(1, '\0'));
-    FMX_Handle result = HostNewTextHandle("");
-    function(funcId, arg, result);
-    std::string text = HostHandleBytes(result);
-    HostDisposeHandle(arg);
-    HostDisposeHandle(result);
-    return text;
+    return HostCallCoreFunction(function, funcId, argument);
 }
 
 int32_t IacTest::ArchivedCount()

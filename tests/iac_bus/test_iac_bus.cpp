@@ -22,131 +22,21 @@
 #include <unistd.h>
 #include <vector>
 
+#include "ProcessHarness.h"
+
 namespace {
 
 const int kWaitMs = 30000;
 
-uint64_t NowMs()
-{
-    struct timespec ts;
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return (uint64_t)ts.tv_sec * 1000 + (uint64_t)ts.tv_nsec / 1000000;
-}
-
 /* Polls until the condition holds or kWaitMs passed; true when it held. */
 bool WaitFor(const std::function<bool()> &condition)
 {
-    uint64_t deadline = NowMs() + kWaitMs;
-    while (!condition()) {
-        if (NowMs() > deadline) return false;
-        usleep(20000);
-    }
-    return true;
+    return HarnessWaitFor(kWaitMs, condition);
 }
 
-std::string ReadFile(const std::string &path)
+uint64_t NowMs()
 {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-/* Starts argv with stdin and stdout on pipes (when asked) and the rest to files. */
-pid_t Spawn(const std::vector<std::string> &argv, int *toChild, int *fromChild, const std::string &outFile,
-            const std::string &errFile)
-{
-    int in[2] = {-1, -1}, out[2] = {-1, -1};
-    if (toChild && pipe(in) != 0) return -1;
-    if (fromChild && pipe(out) != 0) return -1;
-    pid_t pid = fork();
-    if (pid == 0) {
-        int devnull = open("/dev/null", O_RDWR);
-        dup2(toChild ? in[0] : devnull, 0);
-        if (fromChild)
-            dup2(out[1], 1);
-        else
-            dup2(open(outFile.empty() ? "/dev/null" : outFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644), 1);
-        dup2(open(errFile.empty() ? "/dev/null" : errFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644), 2);
-        for (int fd = 3; fd < 256; fd++) close(fd);
-        std::vector<char *> args;
-        for (const std::string &a : argv) args.push_back(const_cast<char *>(a.c_str()));
-        args.push_back(nullptr);
-        execv(args[0], args.data());
-        _exit(127);
-    }
-    if (toChild) {
-        close(in[0]);
-        *toChild = in[1];
-    }
-    if (fromChild) {
-        close(out[1]);
-        *fromChild = out[0];
-    }
-    return pid;
-}
-
-/* Waits for a child to end (bounded); kills it when it does not. Returns its exit status or -1. */
-int Reap(pid_t pid, int signal = 0)
-{
-    if (pid <= 0) return -1;
-    if (signal) kill(pid, signal);
-    int status = 0;
-    uint64_t deadline = NowMs() + kWaitMs;
-    while (waitpid(pid, &status, WNOHANG) == 0) {
-        if (NowMs() > deadline) {
-            kill(pid, SIGKILL);
-            waitpid(pid, &status, 0);
-            return -1;
-        }
-        usleep(10000);
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-/* Runs a command to its end and returns its standard output. */
-std::string Capture(const std::vector<std::string> &argv, int *status)
-{
-    int from = -1;
-    pid_t pid = Spawn(argv, nullptr, &from, "", "");
-    std::string text;
-    char buffer[4096];
-    ssize_t n;
-    while ((n = read(from, buffer, sizeof buffer)) > 0) text.append(buffer, (size_t)n);
-    close(from);
-    *status = Reap(pid);
-    return text;
-}
-
-/* The message ids of the events a vesk partner logged, in order. */
-std::vector<std::string> LoggedIds(const std::string &log)
-{
-    std::vector<std::string> ids;
-    std::istringstream lines(log);
-    std::string line;
-    while (std::getline(lines, line)) {
-        size_t at = line.find("\tMSSG=");
-        if (line.rfind("event VESK/AEVT", 0) == 0 && at != std::string::npos)
-            ids.push_back(line.substr(at + 6, line.find('\t', at + 1) - at - 6));
-    }
-    return ids;
-}
-
-/* The logged event line of the first event with this id, or "". */
-std::string LoggedEvent(const std::string &log, const std::string &id)
-{
-    std::istringstream lines(log);
-    std::string line;
-    while (std::getline(lines, line))
-        if (line.rfind("event VESK/AEVT", 0) == 0 && line.find("\tMSSG=" + id + "\t") != std::string::npos)
-            return line;
-    return "";
-}
-
-pid_t LoggedPid(const std::string &log)
-{
-    size_t at = log.find(" pid ");
-    return at == std::string::npos ? -1 : (pid_t)atol(log.c_str() + at + 5);
+    return HarnessNowUsec() / 1000;
 }
 
 class IacBusTest : public ::testing::Test {
@@ -158,9 +48,9 @@ protected:
         temp = mkdtemp(tmpl);
         std::filesystem::create_directories(temp + "/Applications");
         int status;
-        std::string printed = Capture({"/usr/bin/dbus-daemon", "--session", "--address=unix:dir=" + temp,
-                                       "--print-address=1", "--print-pid=1", "--fork"},
-                                      &status);
+        std::string printed = HarnessCapture({"/usr/bin/dbus-daemon", "--session", "--address=unix:dir=" + temp,
+                                              "--print-address=1", "--print-pid=1", "--fork"},
+                                             &status, kWaitMs);
         std::istringstream lines(printed);
         std::getline(lines, address);
         std::string pid;
@@ -176,9 +66,9 @@ protected:
     void TearDown() override
     {
         StopHost();
-        for (pid_t pid : partners) Reap(pid, SIGTERM);
+        for (pid_t pid : partners) HarnessReap(pid, SIGTERM, kWaitMs);
         std::vector<pid_t> others = {busPid};
-        for (const std::string &log : launchedLogs) others.push_back(LoggedPid(ReadFile(log)));
+        for (const std::string &log : launchedLogs) others.push_back(HarnessLoggedPid(HarnessReadFile(log)));
         for (pid_t pid : others) {
             if (pid <= 0) continue;
             kill(pid, SIGTERM);
@@ -193,8 +83,8 @@ protected:
 
     void StartHost()
     {
-        host = Spawn({FMHOST_PATH, "--plugin", FMX_PATH, "--idle-ms", "10"}, &hostIn, &hostOut, "",
-                     temp + "/fmhost.err");
+        host = HarnessSpawnPiped({FMHOST_PATH, "--plugin", FMX_PATH, "--idle-ms", "10"}, &hostIn, &hostOut,
+                                 temp + "/fmhost.err");
         ASSERT_GT(host, 0);
     }
 
@@ -250,7 +140,7 @@ protected:
             if (ended)
                 status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
             else if (NowMs() > deadline) {
-                Reap(host, SIGKILL);
+                HarnessReap(host, SIGKILL, kWaitMs);
                 ended = true;
             }
             struct pollfd pfd = {hostOut, POLLIN, 0};
@@ -270,8 +160,8 @@ protected:
     {
         std::string rulesFile = temp + "/rules-" + signature + ".txt";
         std::ofstream(rulesFile) << rules;
-        pid_t pid = Spawn({VESK_PATH, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, nullptr,
-                          nullptr, "", temp + "/partner.err");
+        pid_t pid = HarnessSpawn({VESK_PATH, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, "",
+                                 temp + "/partner.err");
         partners.push_back(pid);
         return pid;
     }
@@ -281,7 +171,7 @@ protected:
         return WaitFor([&] { return Calc(std::string("TPX1IsAppRunning(\"") + signature + "\")") == "\"TRUE\"\n"; });
     }
 
-    std::string Dialogs() { return ReadFile(temp + "/dialogs.jsonl"); }
+    std::string Dialogs() { return HarnessReadFile(temp + "/dialogs.jsonl"); }
 
     std::string temp, address;
     pid_t busPid = -1, host = -1;
@@ -328,12 +218,12 @@ TEST_F(IacBusTest, RoundTripWithAPartnerTheHostLaunches)
     /* The partner was greeted with the first view before the message; at Shutdown it
      * hears "BYE ". */
     EXPECT_EQ(StopHost(), 0);
-    EXPECT_TRUE(WaitFor([&] { return LoggedIds(ReadFile(log)).size() >= 5; }));
-    std::string partnerLog = ReadFile(log);
+    EXPECT_TRUE(WaitFor([&] { return HarnessLoggedIds(HarnessReadFile(log)).size() >= 5; }));
+    std::string partnerLog = HarnessReadFile(log);
     /* FRWD: running the handling script brings the host forward and tells TOPOLUX. */
-    EXPECT_EQ(LoggedIds(partnerLog), (std::vector<std::string>{"HOLA", "VIEW", "SHOW", "FRWD", "BYE "}))
+    EXPECT_EQ(HarnessLoggedIds(partnerLog), (std::vector<std::string>{"HOLA", "VIEW", "SHOW", "FRWD", "BYE "}))
         << partnerLog;
-    EXPECT_NE(LoggedEvent(partnerLog, "VIEW").find("\tLLNG=-90\t"), std::string::npos) << partnerLog;
+    EXPECT_NE(HarnessLoggedEvent(partnerLog, "VIEW").find("\tLLNG=-90\t"), std::string::npos) << partnerLog;
     EXPECT_NE(partnerLog.find("sent INFO to FMP7"), std::string::npos) << partnerLog;
     EXPECT_EQ(Dialogs(), "");
 }
@@ -357,15 +247,15 @@ TEST_F(IacBusTest, BuiltInRepliesAcrossProcesses)
     /* HOLA -> MHIT 1 -> MYOD -> YROD none selected -> ALRT -> MHIT 2 -> FRWD. */
     EXPECT_TRUE(WaitFor([&] {
         Run("Idle");
-        return LoggedEvent(ReadFile(log), "FRWD") != "";
-    })) << ReadFile(log);
-    std::string partnerLog = ReadFile(log);
-    EXPECT_EQ(LoggedIds(partnerLog), (std::vector<std::string>{"HOLA", "MENU", "MYOD", "ALRT", "FRWD"}))
+        return HarnessLoggedEvent(HarnessReadFile(log), "FRWD") != "";
+    })) << HarnessReadFile(log);
+    std::string partnerLog = HarnessReadFile(log);
+    EXPECT_EQ(HarnessLoggedIds(partnerLog), (std::vector<std::string>{"HOLA", "MENU", "MYOD", "ALRT", "FRWD"}))
         << partnerLog;
-    EXPECT_NE(LoggedEvent(partnerLog, "MYOD").find("\tXTRA=GETINFO\t"), std::string::npos);
-    EXPECT_NE(LoggedEvent(partnerLog, "MYOD").find("\tOPTN=SELECTED"), std::string::npos);
-    EXPECT_NE(LoggedEvent(partnerLog, "ALRT").find("\tTEXT=Select a site first."), std::string::npos);
-    EXPECT_NE(LoggedEvent(partnerLog, "FRWD").find("\tWHO =FMP7"), std::string::npos);
+    EXPECT_NE(HarnessLoggedEvent(partnerLog, "MYOD").find("\tXTRA=GETINFO\t"), std::string::npos);
+    EXPECT_NE(HarnessLoggedEvent(partnerLog, "MYOD").find("\tOPTN=SELECTED"), std::string::npos);
+    EXPECT_NE(HarnessLoggedEvent(partnerLog, "ALRT").find("\tTEXT=Select a site first."), std::string::npos);
+    EXPECT_NE(HarnessLoggedEvent(partnerLog, "FRWD").find("\tWHO =FMP7"), std::string::npos);
     /* All of it handled by the plug-in: nothing waits for the solution. */
     EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
     EXPECT_EQ(StopHost(), 0);
@@ -377,13 +267,13 @@ TEST_F(IacBusTest, EventFromAForeignClientIsArchivedExactly)
     StartHost();
     Run("TPX1SetHandledMessages(\"ZZZZ\")\nTPX1InitIAC()");
     int status = -1;
-    std::string reply = Capture({"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037",
+    std::string reply = HarnessCapture({"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037",
                                  "/org/vesk/App", "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK", "AEVT", "",
                                  "7", "QQQQ", "TEXT", "s", "not kept", "MSSG", "TEXT", "s", "ZZZZ", "SIGN", "TEXT",
                                  "s", "BUSC", "NAME", "TEXT", "s", "Caf\xc3\xa9 \xc2\xb6", "TEXT", "TEXT", "s",
                                  "a\xe4\xb8\xad" "b", "LST2", "TEXT", "s", "0000000000000001\tRoads\tCity\r", "XTRA",
                                  "TEXT", "s", ""},
-                                &status);
+                                &status, kWaitMs);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(reply, "i 0\n");
     EXPECT_TRUE(WaitFor([&] { return Calc("TPX1GetNextMessage()") == "\"ZZZZ\"\n"; })) << transcript;
@@ -396,10 +286,10 @@ TEST_F(IacBusTest, EventFromAForeignClientIsArchivedExactly)
     EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
 
     /* Without MSSG nothing is stored, and the caller still hears noErr. */
-    reply = Capture({"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037", "/org/vesk/App",
+    reply = HarnessCapture({"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037", "/org/vesk/App",
                      "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK", "AEVT", "", "1", "SIGN", "TEXT", "s",
                      "BUSC"},
-                    &status);
+                    &status, kWaitMs);
     EXPECT_EQ(reply, "i 0\n");
     Run("Idle 3");
     EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
@@ -420,11 +310,11 @@ TEST_F(IacBusTest, HostKeepsWorkingWhenAPartnerDies)
     StartHost();
     ASSERT_TRUE(HostSees("NMB5"));
     Run("TPX1SetKnownFriend(\"NMB5|\")\nTPX1InitIAC()");
-    EXPECT_TRUE(WaitFor([&] { return LoggedIds(ReadFile(log)).size() == 1; }));
+    EXPECT_TRUE(WaitFor([&] { return HarnessLoggedIds(HarnessReadFile(log)).size() == 1; }));
 
     /* NIMBO dies; the next message finds it gone: alerts and an error report, no hang. */
     kill(nimbo, SIGKILL);
-    Reap(nimbo);
+    HarnessReap(nimbo, 0, kWaitMs);
     partners.clear();
     EXPECT_TRUE(WaitFor([&] { return Calc("TPX1IsAppRunning(\"NMB5\")") == "\"FALSE\"\n"; }));
     Run("TPX1SetParameter(\"MSSG|RUN!\")\nTPX1SendMessageTo(\"NMB5\")");
@@ -437,8 +327,8 @@ TEST_F(IacBusTest, HostKeepsWorkingWhenAPartnerDies)
     StartPartner("NMB5", "", log2);
     ASSERT_TRUE(HostSees("NMB5"));
     Run("TPX1SetParameter(\"MSSG|RUN!\")\nTPX1SendMessageTo(\"NMB5\")");
-    EXPECT_TRUE(WaitFor([&] { return LoggedIds(ReadFile(log2)).size() == 2; }));
-    EXPECT_EQ(LoggedIds(ReadFile(log2)), (std::vector<std::string>{"HOLA", "RUN!"}));
+    EXPECT_TRUE(WaitFor([&] { return HarnessLoggedIds(HarnessReadFile(log2)).size() == 2; }));
+    EXPECT_EQ(HarnessLoggedIds(HarnessReadFile(log2)), (std::vector<std::string>{"HOLA", "RUN!"}));
     EXPECT_EQ(Calc("TPX1Version()"), "\"TOPOLUX plugin ver 8.0\"\n");
     EXPECT_EQ(StopHost(), 0);
 }

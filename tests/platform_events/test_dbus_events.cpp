@@ -23,6 +23,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "DocumentLaunch.h"
 #include "platform/AppleEvents.h"
 #include "platform/EventService.h"
 #include "platform/Processes.h"
@@ -325,21 +326,11 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
     FSSpec appSpec, docSpec;
     ASSERT_EQ(noErr, SpecFor(app, &appSpec));
     ASSERT_EQ(noErr, SpecFor(doc, &docSpec));
-    AEAddressDesc target;
-    AECreateDesc(typeApplSignature, &kTopolux, 4, &target);
-    AppleEvent odoc;
-    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID, 0, &odoc);
-    AEPutParamPtr(&odoc, keyDirectObject, typeFSS, &docSpec, sizeof docSpec);
-    AEDesc parameters;
-    ASSERT_EQ(noErr, AECoerceDesc(&odoc, typeAppParameters, &parameters));
-
-    LaunchParamBlockRec block;
-    memset(&block, 0, sizeof block);
-    block.launchBlockID = extendedBlock;
-    block.launchEPBLength = extendedBlockLen;
-    block.launchControlFlags = launchContinue + launchDontSwitch + launchNoFileFlags;
-    block.launchAppSpec = &appSpec;
-    block.launchAppParameters = (AppParameters *)parameters.dataHandle;
+    DocumentLaunch launch;
+    ASSERT_EQ(noErr, PrepareDocumentLaunch(kTopolux, &appSpec, &docSpec,
+                                           launchContinue + launchDontSwitch + launchNoFileFlags, &launch));
+    LaunchParamBlockRec &block = launch.block;
+    AppleEvent &odoc = launch.odoc;
     ASSERT_EQ(noErr, LaunchApplication(&block));
     ProcessInfoRec info;
     memset(&info, 0, sizeof info);
@@ -355,9 +346,7 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
         return ReadFile(log).find("event aevt/odoc from FMP7\t----=file://" + dir + "/City%20map.map") !=
                std::string::npos;
     }));
-    AEDisposeDesc(&parameters);
-    AEDisposeDesc(&odoc);
-    AEDisposeDesc(&target);
+    DisposeDocumentLaunch(&launch);
 
     /* A program that never joins the bus, and one that ends at once: errors, no hang. */
     setenv("TPX1_LAUNCH_TIMEOUT_MS", "300", 1);

@@ -9,6 +9,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "DocumentLaunch.h"
 #include "platform/AppleEvents.h"
 #include "platform/EventService.h"
 #include "platform/Processes.h"
@@ -163,21 +164,9 @@ TEST_F(MemoryBus, LaunchesAndActivationsAreRecorded)
     FSSpec theSpec;
     ASSERT_EQ(noErr, FSMakeFSSpec(0, 0, pname, &theSpec));
 
-    AEAddressDesc target;
-    AECreateDesc(typeApplSignature, &kTopolux, 4, &target);
-    AppleEvent odoc;
-    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID, 0, &odoc);
-    AEPutParamPtr(&odoc, keyDirectObject, typeFSS, &theSpec, sizeof theSpec);
-    AEDesc parameters;
-    ASSERT_EQ(noErr, AECoerceDesc(&odoc, typeAppParameters, &parameters));
-
-    LaunchParamBlockRec block;
-    memset(&block, 0, sizeof block);
-    block.launchBlockID = extendedBlock;
-    block.launchEPBLength = extendedBlockLen;
-    block.launchControlFlags = launchContinue + launchNoFileFlags;
-    block.launchAppSpec = &theSpec;
-    block.launchAppParameters = (AppParameters *)parameters.dataHandle;
+    DocumentLaunch launch;
+    ASSERT_EQ(noErr, PrepareDocumentLaunch(kTopolux, &theSpec, &theSpec, launchContinue + launchNoFileFlags, &launch));
+    LaunchParamBlockRec &block = launch.block;
     EXPECT_EQ(procNotFound, LaunchApplication(&block));
     PlatformMemoryBusSetLaunchSignature(kTopolux);
     ASSERT_EQ(noErr, LaunchApplication(&block));
@@ -192,9 +181,7 @@ TEST_F(MemoryBus, LaunchesAndActivationsAreRecorded)
     EXPECT_EQ(1, gActivations);
     EXPECT_EQ(noErr, SendText(kTopolux, "HOLA"));
 
-    AEDisposeDesc(&parameters);
-    AEDisposeDesc(&odoc);
-    AEDisposeDesc(&target);
+    DisposeDocumentLaunch(&launch);
     unlink(app.c_str());
     rmdir(dir);
 }
