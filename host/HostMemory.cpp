@@ -316,17 +316,6 @@ void HostMarkHandleInCall(FMX_Handle h, bool inCall)
         it->second->inCall = inCall;
 }
 
-std::string HostCallCoreFunction(void (*function)(long, char **, char **), long funcId, const std::string &argument)
-{
-    FMX_Handle arg = HostNewTextHandle(argument + std::string(1, '\0'));
-    FMX_Handle result = HostNewTextHandle("");
-    function(funcId, arg, result);
-    std::string text = HostHandleBytes(result);
-    HostDisposeHandle(arg);
-    HostDisposeHandle(result);
-    return text;
-}
-
 std::string HostHandleBytes(FMX_Handle h)
 {
     if (!h)

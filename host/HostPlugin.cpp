@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <functional>
 
 #include "platform/Toolbox.h"
 
@@ -138,15 +139,31 @@ void HostIdle(HostPlugin *plugin, int8_t idleLevel)
     HostCallRaw(plugin, kFMXT_Idle, gHostVersionInUse, idleLevel, 0, nullptr, nullptr);
 }
 
-std::string HostCallExternal(HostPlugin *plugin, int32_t funcId, const std::string &arg)
+/* Makes the argument and an empty result handle, runs call on them and returns the
+ * result's bytes; both handles are the host's and go afterwards. */
+static std::string CallWithTextHandles(const std::string &argBytes,
+                                       const std::function<void(FMX_Handle, FMX_Handle)> &call)
 {
-    FMX_Handle argument = HostNewTextHandle(arg);
+    FMX_Handle argument = HostNewTextHandle(argBytes);
     FMX_Handle result = HostNewTextHandle(std::string());
-    HostCallRaw(plugin, kFMXT_External, gHostVersionInUse, 0, funcId, argument, result);
+    call(argument, result);
     std::string text = HostHandleBytes(result);
     HostDisposeHandle(argument);
     HostDisposeHandle(result);
     return text;
+}
+
+std::string HostCallExternal(HostPlugin *plugin, int32_t funcId, const std::string &arg)
+{
+    return CallWithTextHandles(arg, [&](FMX_Handle argument, FMX_Handle result) {
+        HostCallRaw(plugin, kFMXT_External, gHostVersionInUse, 0, funcId, argument, result);
+    });
+}
+
+std::string HostCallCoreFunction(void (*function)(long, char **, char **), long funcId, const std::string &argument)
+{
+    return CallWithTextHandles(argument + std::string(1, '\0'),
+                               [&](FMX_Handle arg, FMX_Handle result) { function(funcId, arg, result); });
 }
 
 void HostShutdown(HostPlugin *plugin)

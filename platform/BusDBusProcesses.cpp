@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <unistd.h>
 #include <vector>
 
@@ -104,24 +105,10 @@ int OnNameOwnerChanged(sd_bus_message *m, void *userdata, sd_bus_error *error)
  * its executable. */
 std::string ApplicationFileOf(uint32_t pid)
 {
-    char file[64];
-    snprintf(file, sizeof file, "/proc/%u/environ", pid);
-    const char key[] = "TPX1_APP_PATH=";
-    if (FILE *f = fopen(file, "r")) {
-        std::string entry;
-        int c;
-        bool found = false;
-        while (!found && (c = fgetc(f)) != EOF) {
-            if (c) {
-                entry += (char)c;
-                continue;
-            }
-            found = entry.size() > sizeof key - 1 && entry.compare(0, sizeof key - 1, key) == 0;
-            if (!found) entry.clear();
-        }
-        fclose(f);
-        if (found) return entry.substr(sizeof key - 1);
-    }
+    std::ifstream variables("/proc/" + std::to_string(pid) + "/environ", std::ios::binary);
+    const std::string key = "TPX1_APP_PATH=";
+    for (std::string entry; std::getline(variables, entry, '\0');)
+        if (entry.size() > key.size() && entry.compare(0, key.size(), key) == 0) return entry.substr(key.size());
     char link[64], path[PATH_MAX];
     snprintf(link, sizeof link, "/proc/%u/exe", pid);
     ssize_t len = readlink(link, path, sizeof path - 1);
