@@ -34,6 +34,25 @@ int gEpollFD = -1;
 int gWaitingFD = -1;       /* eventfd: readable while the queue holds events */
 int gWatchedBusFD = -1;
 
+/* The eventfd stays readable from the first event queued until the queue is emptied:
+ * one write and one read per batch, not per event. */
+bool gSignalled = false;
+
+void SignalWaiting(void)
+{
+    if (gWaitingFD < 0 || gSignalled) return;
+    eventfd_write(gWaitingFD, 1);
+    gSignalled = true;
+}
+
+void ClearWaiting(void)
+{
+    eventfd_t value;
+    if (gWaitingFD < 0 || !gSignalled) return;
+    eventfd_read(gWaitingFD, &value);
+    gSignalled = false;
+}
+
 bool EnsureEventFDs(void)
 {
     if (gEpollFD >= 0) return true;
@@ -49,19 +68,8 @@ bool EnsureEventFDs(void)
     memset(&watch, 0, sizeof watch);
     watch.events = EPOLLIN;
     epoll_ctl(gEpollFD, EPOLL_CTL_ADD, gWaitingFD, &watch);
-    if (!gQueue.empty()) eventfd_write(gWaitingFD, 1);
+    if (!gQueue.empty()) SignalWaiting();
     return true;
-}
-
-void SignalWaiting(void)
-{
-    if (gWaitingFD >= 0) eventfd_write(gWaitingFD, 1);
-}
-
-void ClearWaiting(void)
-{
-    eventfd_t value;
-    if (gWaitingFD >= 0) eventfd_read(gWaitingFD, &value);
 }
 
 /* The signature an event goes to, from its 'sign' or 'psn ' address; 0 when it has none. */

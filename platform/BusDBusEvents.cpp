@@ -315,6 +315,10 @@ OSErr BusDBusSendEvent(const AEDescRecord *event, OSType signature, int32_t send
         }
         sd_bus_error_free(&error);
         sd_bus_message_unref(reply);
+        /* What came in while the call waited sits in sd-bus's queue, where poll cannot
+         * see it: read it now. A send that waits for nothing leaves incoming messages in
+         * the socket, which keeps it readable for the event loop. */
+        BusDBusDrain();
     } else if (!err) {
         uint64_t cookie = 0;
         r = sd_bus_message_set_expect_reply(m, 0);
@@ -324,6 +328,5 @@ OSErr BusDBusSendEvent(const AEDescRecord *event, OSType signature, int32_t send
         BusDBusFlush();
     }
     sd_bus_message_unref(m);
-    BusDBusDrain();
     return err;
 }

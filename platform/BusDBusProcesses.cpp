@@ -254,7 +254,6 @@ OSErr BusDBusProcessInfo(const ProcessSerialNumber *psn, BusProcess *out)
     out->pid = entry->pid;
     out->name.clear();
     out->executable = entry->executable;
-    BusDBusDrain();
     return noErr;
 }
 

@@ -76,6 +76,19 @@ OSErr RecordingHandler(const AppleEvent *event, AppleEvent *reply, intptr_t refc
     return (OSErr)refcon;
 }
 
+/* Sends one more do-script to this process while gResends lasts. */
+int gResends = 0;
+OSErr ResendingHandler(const AppleEvent *, AppleEvent *, intptr_t)
+{
+    if (gResends <= 0) return noErr;
+    gResends--;
+    AppleEvent again;
+    OSErr err = MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &again);
+    if (!err) err = AESend(&again, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr);
+    AEDisposeDesc(&again);
+    return err;
+}
+
 class EventDescriptors : public ::testing::Test {
 protected:
     void SetUp() override
@@ -259,6 +272,23 @@ TEST_F(EventDescriptors, EventsToSelfWaitInTheQueueUntilProcessed)
     AEDisposeDesc(&byPSN);
     AEDisposeDesc(&second);
     AEDisposeDesc(&event);
+
+    /* A handler that sends to itself is served on the next round, and the descriptor
+     * stays readable until then; several events wait behind one wake-up. */
+    ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, ResendingHandler, 0, false));
+    gResends = 2;
+    for (int i = 0; i < 2; i++) {
+        ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
+        ASSERT_EQ(noErr, AESend(&event, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr));
+        AEDisposeDesc(&event);
+    }
+    EXPECT_EQ(1, poll(&ready, 1, 0));
+    EXPECT_EQ(2, AEProcessEvents());
+    EXPECT_EQ(1, poll(&ready, 1, 0));
+    EXPECT_EQ(2, AEProcessEvents());
+    EXPECT_EQ(0, poll(&ready, 1, 0));
+    EXPECT_EQ(0, AEProcessEvents());
+    EXPECT_EQ(0, gResends);
 }
 
 TEST_F(EventDescriptors, FaultsAreInjectedUnderTheCallsName)
