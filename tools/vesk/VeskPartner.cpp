@@ -78,12 +78,17 @@ std::string OwnClassicPath(void)
     return path;
 }
 
+/* The log lines that follow the event being handled (what was sent, the document
+ * opened). They are written once the answers have left, so that formatting the log does
+ * not delay them, and after the event's own line, so that the log still reads in order. */
+std::vector<std::string> gSentLines;
+
 void Send(OSType to, const std::vector<VeskParam> &params)
 {
     OSErr err = SendEvent(to, kVeskClass, kVeskEvent, params);
     std::string line = "sent " + ToUTF8(ParamText(params, kMSSG)) + " to " + CodeText(to);
     if (err) line += " failed: " + ErrorText(err);
-    Log(line);
+    gSentLines.push_back(line);
 }
 
 void AnswerHola(OSType to)
@@ -111,25 +116,34 @@ void FollowRules(OSType messageId, OSType sender, const std::vector<VeskParam> &
     }
 }
 
-OSErr HandleEvent(const AppleEvent *event, AppleEvent *, intptr_t)
+/* Answers "HOLA" and follows the rules; the lines for the log go to gSentLines. */
+void Answer(const AppleEvent *event, const std::vector<VeskParam> &params)
 {
-    Log(EventLine(event));
-    std::vector<VeskParam> params = EventParams(event);
     if (EventClass(event) == kCoreEventClass && EventID(event) == kAEOpenDocuments) {
         bool found;
         std::string url = ParamText(params, keyDirectObject, &found);
-        if (found) Log("document " + VisibleText(url));
-        return noErr;
+        if (found) gSentLines.push_back("document " + VisibleText(url));
+        return;
     }
-    if (EventClass(event) != kVeskClass) return noErr;
+    if (EventClass(event) != kVeskClass) return;
     std::string mssg = ParamText(params, kMSSG);
-    if (mssg.size() < 4) return noErr;
+    if (mssg.size() < 4) return;
     OSType messageId = FOUR_CHAR(mssg[0], mssg[1], mssg[2], mssg[3]);
     OSType sender = EventSender(event);
     std::string sign = ParamText(params, kSIGN);
     if (!sender && sign.size() >= 4) sender = FOUR_CHAR(sign[0], sign[1], sign[2], sign[3]);
     if (messageId == FOUR_CHAR('H', 'O', 'L', 'A') && sender) AnswerHola(sender);
     if (sender) FollowRules(messageId, sender, params);
+}
+
+OSErr HandleEvent(const AppleEvent *event, AppleEvent *, intptr_t)
+{
+    gSentLines.clear();
+    Answer(event, EventParams(event));
+    std::string lines = EventLine(event);
+    for (const std::string &line : gSentLines) lines += "\n" + line;
+    Log(lines);
+    gSentLines.clear();
     return noErr;
 }
 
