@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <string>
+#include <unordered_map>
 #include <vector>
 #include "plugin/FMXExtern.h"
 
@@ -48,6 +49,8 @@ struct HostPlugin {
     int16_t resFileRef = -1;
     std::string path;
     std::string names[66];          /* display names from the resource file, "" if unknown */
+    /* lower-cased display name -> function id, made from names at the first look-up */
+    mutable std::unordered_map<std::string, int> ids;
 };
 /* dlopen a plug-in, find FMExternCallProc and open "<path>.rsrc" for its names.
  * Returns 0, or -1 with a message in *error. */

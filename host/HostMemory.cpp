@@ -7,11 +7,11 @@
  * Blocks come from malloc/free so that the address sanitizer sees any misuse.
  */
 #include "host/HostCore.h"
+#include "host/HostPointerTable.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -33,8 +33,8 @@ struct HostPointer {
     long serial;
 };
 
-std::unordered_map<FMX_Handle, HostBlock *> gHostHandles;
-std::unordered_map<void *, HostPointer> gHostPointers;
+HostPointerTable<HostBlock *> gHostHandles;   /* keyed by the handle */
+HostPointerTable<HostPointer> gHostPointers;
 long gHostSerial = 0;
 long gHostFailNth = 0;
 HostFailMode gHostFailMode = kHostFailOff;
@@ -81,10 +81,10 @@ void FreeBlock(char *data, int32_t size)
 
 HostBlock *FindBlock(FMX_Handle h, const char *operation)
 {
-    auto it = gHostHandles.find(h);
-    if (it == gHostHandles.end())
+    HostBlock **block = gHostHandles.Find(h);
+    if (!block)
         HostMemoryFatal(operation, h);
-    return it->second;
+    return *block;
 }
 
 FMX_Handle MakeHandle(int32_t size, bool hostOwned)
@@ -106,13 +106,13 @@ FMX_Handle MakeHandle(int32_t size, bool hostOwned)
     block->inCall = false;
     block->serial = ++gHostSerial;
     FMX_Handle h = &block->data;
-    gHostHandles[h] = block;
+    gHostHandles.Put(h, block);
     return h;
 }
 
 void ReleaseHandle(FMX_Handle h, HostBlock *block)
 {
-    gHostHandles.erase(h);
+    gHostHandles.Remove(h);
     FreeBlock(block->data, block->size);
     memset(block, kDeadPattern, sizeof(HostBlock));
     free(block);
@@ -187,7 +187,7 @@ void *CallbackNewPointer(int32_t size)
         return nullptr;
     char *p = AllocateBlock(size);
     if (p)
-        gHostPointers[p] = HostPointer{size, ++gHostSerial};
+        gHostPointers.Put(p, HostPointer{size, ++gHostSerial});
     return p;
 }
 
@@ -195,11 +195,11 @@ void CallbackDisposePointer(void *p)
 {
     if (!p)
         return;
-    auto it = gHostPointers.find(p);
-    if (it == gHostPointers.end())
+    HostPointer *known = gHostPointers.Find(p);
+    if (!known)
         HostMemoryFatal("disposePointer of an unknown pointer", p);
-    int32_t size = it->second.size;
-    gHostPointers.erase(it);
+    int32_t size = known->size;
+    gHostPointers.Remove(p);
     FreeBlock(static_cast<char *>(p), size);
 }
 
@@ -258,15 +258,16 @@ long HostMemoryFailuresDelivered(void)
 long HostMemoryLiveHandles(void)
 {
     long n = 0;
-    for (const auto &entry : gHostHandles)
-        if (!entry.second->hostOwned)
+    gHostHandles.ForEach([&](const void *, HostBlock *block) {
+        if (!block->hostOwned)
             n++;
+    });
     return n;
 }
 
 long HostMemoryLivePointers(void)
 {
-    return static_cast<long>(gHostPointers.size());
+    return static_cast<long>(gHostPointers.Count());
 }
 
 long HostMemoryLeakReport(FILE *out)
@@ -276,22 +277,19 @@ long HostMemoryLeakReport(FILE *out)
         std::string line;
     };
     std::vector<Leak> leaks;
-    for (const auto &entry : gHostHandles) {
-        const HostBlock *block = entry.second;
+    gHostHandles.ForEach([&](const void *, const HostBlock *block) {
         if (block->hostOwned)
-            continue;
+            return;
         char head[96];
         snprintf(head, sizeof head, "leak: handle #%ld, %d bytes%s: ", block->serial,
                  static_cast<int>(block->size), block->lockCount > 0 ? ", locked" : "");
         leaks.push_back({block->serial, head + PreviewBytes(block->data, block->size)});
-    }
-    for (const auto &entry : gHostPointers) {
+    });
+    gHostPointers.ForEach([&](const void *p, const HostPointer &pointer) {
         char head[96];
-        snprintf(head, sizeof head, "leak: pointer #%ld, %d bytes: ", entry.second.serial,
-                 static_cast<int>(entry.second.size));
-        leaks.push_back({entry.second.serial,
-                         head + PreviewBytes(static_cast<const char *>(entry.first), entry.second.size)});
-    }
+        snprintf(head, sizeof head, "leak: pointer #%ld, %d bytes: ", pointer.serial, static_cast<int>(pointer.size));
+        leaks.push_back({pointer.serial, head + PreviewBytes(static_cast<const char *>(p), pointer.size)});
+    });
     std::sort(leaks.begin(), leaks.end(), [](const Leak &a, const Leak &b) { return a.serial < b.serial; });
     if (out)
         for (const Leak &leak : leaks)
@@ -311,9 +309,9 @@ FMX_Handle HostNewTextHandle(const std::string &bytes)
 
 void HostMarkHandleInCall(FMX_Handle h, bool inCall)
 {
-    auto it = h ? gHostHandles.find(h) : gHostHandles.end();
-    if (it != gHostHandles.end())
-        it->second->inCall = inCall;
+    HostBlock **block = gHostHandles.Find(h);
+    if (block)
+        (*block)->inCall = inCall;
 }
 
 std::string HostHandleBytes(FMX_Handle h)

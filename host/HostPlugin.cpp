@@ -10,6 +10,7 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <climits>
 #include <functional>
 
@@ -32,8 +33,16 @@ std::string DefaultPluginPath(void)
     return (slash == std::string::npos ? std::string(".") : path.substr(0, slash)) + "/tpx1.fmx";
 }
 
+std::string LowerCase(std::string text)
+{
+    for (char &c : text)
+        c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
 void ReadFunctionNames(HostPlugin *plugin)
 {
+    plugin->ids.clear();
     int16_t previous = CurResFile();
     UseResFile(plugin->resFileRef);
     for (int id = 0; id < kFunctionCount; id++) {
@@ -175,8 +184,12 @@ int HostFunctionId(const HostPlugin *plugin, const std::string &name)
 {
     if (name.empty())
         return -1;
-    for (int id = 0; id < kFunctionCount; id++)
-        if (strcasecmp(plugin->names[id].c_str(), name.c_str()) == 0)
-            return id;
-    return -1;
+    if (plugin->ids.empty()) {
+        /* The first of two equal names wins, as a search in order would find it. */
+        for (int id = 0; id < kFunctionCount; id++)
+            if (!plugin->names[id].empty())
+                plugin->ids.emplace(LowerCase(plugin->names[id]), id);
+    }
+    auto found = plugin->ids.find(LowerCase(name));
+    return found == plugin->ids.end() ? -1 : found->second;
 }

@@ -6,8 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <random>
+#include <unordered_map>
 
 #include "host/HostCore.h"
+#include "host/HostPointerTable.h"
 
 namespace {
 
@@ -169,6 +172,46 @@ TEST(HostMemory, HostHandlesMayBeDisposedOutsideACall)
     EXPECT_EQ(HostMemoryLiveHandles(), before);
     b.disposeHandle(value);
     EXPECT_EQ(HostMemoryLiveHandles(), before);
+}
+
+/* The table behind the live blocks, against a standard map: thousands of blocks made and
+ * disposed of in random order (the table grows several times and its runs of probes wrap
+ * around the end), every look-up answering as the map does. */
+TEST(HostMemory, PointerTableAgreesWithAMapThroughGrowthAndRemoval)
+{
+    HostPointerTable<long> table;
+    std::unordered_map<const void *, long> expected;
+    std::vector<char> arena(1 << 16);
+    std::mt19937 random(7);
+    for (long step = 0; step < 200000; step++) {
+        const void *key = &arena[(random() % 4096) * 16];
+        switch (random() % 3) {
+        case 0:
+            table.Put(key, step);
+            expected[key] = step;
+            break;
+        case 1:
+            ASSERT_EQ(table.Remove(key), expected.erase(key) == 1) << "step " << step;
+            break;
+        default: {
+            long *found = table.Find(key);
+            auto it = expected.find(key);
+            ASSERT_EQ(found != nullptr, it != expected.end()) << "step " << step;
+            if (found) {
+                ASSERT_EQ(*found, it->second) << "step " << step;
+            }
+        }
+        }
+        ASSERT_EQ(table.Count(), expected.size());
+    }
+    size_t visited = 0;
+    table.ForEach([&](const void *key, long value) {
+        visited++;
+        EXPECT_EQ(expected.at(key), value);
+    });
+    EXPECT_EQ(visited, expected.size());
+    EXPECT_EQ(table.Find(nullptr), nullptr);
+    EXPECT_FALSE(table.Remove(&arena[8]));
 }
 
 }  // namespace
