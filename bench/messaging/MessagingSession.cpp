@@ -84,7 +84,7 @@ void SessionStop(MessagingSession *session)
     if (!session->temp.empty()) std::filesystem::remove_all(session->temp, ec);
 }
 
-void SessionSendPing(MessagingSession *session, long seq)
+void SessionSendPing(MessagingSession *session, long seq, uint64_t *sendAt)
 {
     HarnessHost *host = &session->host;
     char number[24];
@@ -94,6 +94,7 @@ void SessionSendPing(MessagingSession *session, long seq)
     HarnessCall(host, "TPX1SetParameter", "ANSR|ponmlkjihgfedcba");
     HarnessCall(host, "TPX1SetParameter", "CODE|0123456789abcdef");
     HarnessCall(host, "TPX1SetParameter", std::string("NUM |") + number);
+    if (sendAt) *sendAt = HarnessNowUsec();
     if (!HarnessCall(host, "TPX1SendMessageTo", "TPX1").empty() || PlatformDialogRecordedCount() > 0) {
         session->sendErrors++;
         PlatformDialogClearRecord();
@@ -106,8 +107,11 @@ int SessionTurn(MessagingSession *session, int waitMs, uint64_t *dispatchedAt)
     if (dispatchedAt) *dispatchedAt = HarnessNowUsec();
     HarnessIdle(&session->host);
     std::string script;
-    while (HarnessTakeScript(&script))
-        if (script == "Handle") TakeMessage(session);
+    while (HarnessTakeScript(&script)) {
+        if (script != "Handle") continue;
+        session->lastScriptAt = HarnessNowUsec();
+        TakeMessage(session);
+    }
     return dispatched;
 }
 

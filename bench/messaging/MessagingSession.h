@@ -23,6 +23,7 @@ struct MessagingSession {
     std::vector<uint8_t> taken;
     long received = 0, duplicates = 0, malformed = 0;
     long lastTaken = 0;
+    uint64_t lastScriptAt = 0;      /* when the handling script last started */
     long sendErrors = 0;
 };
 
@@ -34,11 +35,13 @@ struct MessagingRun {
 /* Starts the daemon, the host and the partner and waits until the partner runs. */
 bool SessionStart(MessagingSession *session, long capacity, std::string *error);
 void SessionStop(MessagingSession *session);
-/* The solution composes "PING" number seq in outgoing list 1 and sends it to TOPOLUX. */
-void SessionSendPing(MessagingSession *session, long seq);
+/* The solution composes "PING" number seq in outgoing list 1 and sends it to TOPOLUX;
+ * *sendAt (if given) is the time TPX1SendMessageTo was called, once the list was full. */
+void SessionSendPing(MessagingSession *session, long seq, uint64_t *sendAt = nullptr);
 /* One turn of the host's loop: wait at most waitMs for events, dispatch, idle, run the
- * handling script as often as asked. Returns the events the first dispatch handed out;
- * *dispatchedAt (if given) is the time that dispatch ended, before the idle call. */
+ * handling script as often as asked (lastScriptAt is when it last started). Returns the
+ * events the first dispatch handed out; *dispatchedAt (if given) is the time that
+ * dispatch ended, before the idle call. */
 int SessionTurn(MessagingSession *session, int waitMs, uint64_t *dispatchedAt = nullptr);
 /* Sends count pings numbered from first on, at most window unanswered at a time, and
  * turns the loop until each was taken or waitMs passed without progress. */
