@@ -35,8 +35,11 @@ int gWaitingFD = -1;       /* eventfd: readable while the queue holds events */
 int gWatchedBusFD = -1;
 
 /* The eventfd stays readable from the first event queued until the queue is emptied:
- * one write and one read per batch, not per event. */
+ * one write and one read per batch, not per event. Events that arrive while
+ * AEProcessEvents runs are served by it or looked at when it ends, so they need no
+ * signal of their own. */
 bool gSignalled = false;
+int gDispatchDepth = 0;
 
 void SignalWaiting(void)
 {
@@ -111,7 +114,7 @@ void MakeAnswer(AppleEvent *reply, OSErr handlerResult)
 void AEQueueIncoming(AEDescRecord *event, AEReplyProc reply, void *token)
 {
     gQueue.push_back(QueuedEvent{event, reply, token});
-    SignalWaiting();
+    if (gDispatchDepth == 0) SignalWaiting();
 }
 
 void AEQueueWatchBusFD(int fd)
@@ -195,6 +198,7 @@ int QueueGetEventFD(void)
 
 int32_t QueueProcessEvents(void)
 {
+    gDispatchDepth++;
     BusCurrent()->xPump();
     int32_t dispatched = 0;
     /* Only the events waiting now: a handler that sends to itself is served next time. */
@@ -217,7 +221,11 @@ int32_t QueueProcessEvents(void)
         if (item.reply) item.reply(item.token, result);
         DescDispose(&event);
     }
+    gDispatchDepth--;
+    /* What is left (sent to itself by a handler, or read from the bus meanwhile) is
+     * served next time: the descriptor says so. */
     if (gQueue.empty()) ClearWaiting();
+    else if (gDispatchDepth == 0) SignalWaiting();
     AEQueueWatchBusFD(BusCurrent()->xGetFD());
     return dispatched;
 }

@@ -51,6 +51,7 @@ bool ForgetNoReplyCall(uint64_t cookie, OSType *signature)
 
 std::string ToUTF8(const std::string &roman)
 {
+    if (PlatformTextIsASCII(roman.data(), (int32_t)roman.size())) return roman;
     std::string utf8(roman.size() * 3 + 1, '\0');
     int32_t len = PlatformMacRomanToUTF8(roman.data(), (int32_t)roman.size(), &utf8[0], (int32_t)utf8.size());
     utf8.resize(len < 0 ? 0 : len);
@@ -268,6 +269,10 @@ std::string BusDBusCodeString(OSType code)
 
 bool BusDBusCodeFromString(const char *text, OSType *code)
 {
+    if (strlen(text) == 4 && PlatformTextIsASCII(text, 4)) {
+        *code = FOUR_CHAR(text[0], text[1], text[2], text[3]);
+        return true;
+    }
     char roman[8];
     int32_t firstBad = -1;
     int32_t len = PlatformUTF8ToMacRoman(text, -1, roman, sizeof roman, &firstBad);

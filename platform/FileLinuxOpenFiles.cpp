@@ -113,7 +113,7 @@ OSErr LinuxGetEOF(int16_t refNum, int32_t *logEOF)
     OpenFile *file = FileOfRefNum(refNum);
     if (!file) return rfNumErr;
     if (!logEOF) return paramErr;
-    int64_t size;
+    int64_t size = 0;
     OSErr err = FileSize(file, &size);
     if (err != noErr) return err;
     if (size > INT32_MAX) return paramErr;   /* beyond what a 32-bit length can say */
@@ -145,7 +145,7 @@ OSErr LinuxSetFPos(int16_t refNum, int16_t posMode, int32_t posOff)
 {
     OpenFile *file = FileOfRefNum(refNum);
     if (!file) return rfNumErr;
-    int64_t size;
+    int64_t size = 0;
     OSErr err = FileSize(file, &size);
     if (err != noErr) return err;
     int64_t mark;

@@ -39,12 +39,6 @@ int32_t SourceLength(const char *src, int32_t srcLen)
     return srcLen < 0 ? (int32_t)strlen(src) : srcLen;
 }
 
-bool IsASCII(const char *src, int32_t srcLen)
-{
-    for (int32_t i = 0; i < srcLen; i++)
-        if ((unsigned char)src[i] >= 0x80) return false;
-    return true;
-}
 
 /* Runs one conversion with the descriptor in *slot (opened on first use); a character
  * iconv refuses becomes one '?', and skip(in, inLeft) says how many source bytes it took.
@@ -56,7 +50,7 @@ int32_t Convert(iconv_t *slot, const char *to, const char *from, const char *src
     if (!dst || dstSize < 1) return -1;
     if (!src) src = "";
     srcLen = SourceLength(src, srcLen);
-    if (IsASCII(src, srcLen)) {
+    if (PlatformTextIsASCII(src, srcLen)) {
         if (srcLen > dstSize - 1) return -1;
         memcpy(dst, src, (size_t)srcLen);
         dst[srcLen] = 0;
@@ -106,6 +100,13 @@ size_t SkipUTF8Character(const char *in, size_t inLeft)
 extern "C" {
 
 /* srcLen < 0 means the source is NUL-terminated. */
+Boolean PlatformTextIsASCII(const char *src, int32_t len)
+{
+    for (int32_t i = 0; i < len; i++)
+        if ((unsigned char)src[i] >= 0x80) return false;
+    return true;
+}
+
 int32_t PlatformMacRomanToUTF8(const char *src, int32_t srcLen, char *dst, int32_t dstSize)
 {
     return Convert(&gToUTF8, "UTF-8", "MACINTOSH", src, srcLen, dst, dstSize, nullptr, SkipOneByte);

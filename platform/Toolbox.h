@@ -94,6 +94,8 @@ TPX1_API void PlatformDialogClearRecord(void);
  * the byte offset of the first such character in src, or -1 when there was none. ---- */
 TPX1_API int32_t PlatformMacRomanToUTF8(const char *src, int32_t srcLen, char *dst, int32_t dstSize);
 TPX1_API int32_t PlatformUTF8ToMacRoman(const char *src, int32_t srcLen, char *dst, int32_t dstSize, int32_t *firstBad);
+/* True when all len bytes are below 0x80: such text is the same in Mac Roman and UTF-8. */
+TPX1_API Boolean PlatformTextIsASCII(const char *src, int32_t len);
 
 /* ---- Errors ---- */
 TPX1_API OSErr PlatformErrnoToOSErr(int err);

@@ -48,6 +48,7 @@ OSErr SendEvent(OSType to, AEEventClass eventClass, AEEventID eventID, const std
 /* A readable block (listen) and a log line (partner). */
 std::string EventBlock(const AppleEvent *event);
 std::string EventLine(const AppleEvent *event);
+std::string EventLine(const AppleEvent *event, const std::vector<VeskParam> &params);
 /* Message text for an OSErr. */
 std::string ErrorText(OSErr err);
 /* Takes this signature's bus name; false (with a message) when it cannot. */

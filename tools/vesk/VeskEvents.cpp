@@ -112,10 +112,15 @@ std::string EventBlock(const AppleEvent *event)
 
 std::string EventLine(const AppleEvent *event)
 {
+    return EventLine(event, EventParams(event));
+}
+
+std::string EventLine(const AppleEvent *event, const std::vector<VeskParam> &params)
+{
     OSType sender = EventSender(event);
     std::string line = "event " + CodeText(EventClass(event)) + "/" + CodeText(EventID(event)) + " from " +
                        (sender ? CodeText(sender) : std::string("????"));
-    for (const VeskParam &param : EventParams(event)) {
+    for (const VeskParam &param : params) {
         line += "\t" + CodeText(param.keyword) + "=";
         line += param.type == typeChar || param.type == typeFileURL ? VisibleText(param.data) : ValueText(param);
     }

@@ -139,8 +139,9 @@ void Answer(const AppleEvent *event, const std::vector<VeskParam> &params)
 OSErr HandleEvent(const AppleEvent *event, AppleEvent *, intptr_t)
 {
     gSentLines.clear();
-    Answer(event, EventParams(event));
-    std::string lines = EventLine(event);
+    std::vector<VeskParam> params = EventParams(event);
+    Answer(event, params);
+    std::string lines = EventLine(event, params);
     for (const std::string &line : gSentLines) lines += "\n" + line;
     Log(lines);
     gSentLines.clear();

@@ -25,6 +25,7 @@ std::string CodeText(OSType code)
 
 std::string ToMacRoman(const std::string &utf8)
 {
+    if (PlatformTextIsASCII(utf8.data(), (int32_t)utf8.size())) return utf8;
     std::string out(utf8.size() + 1, '\0');
     int32_t len = PlatformUTF8ToMacRoman(utf8.data(), (int32_t)utf8.size(), &out[0], (int32_t)out.size(), nullptr);
     out.resize(len < 0 ? 0 : len);
@@ -33,6 +34,7 @@ std::string ToMacRoman(const std::string &utf8)
 
 std::string ToUTF8(const std::string &macRoman)
 {
+    if (PlatformTextIsASCII(macRoman.data(), (int32_t)macRoman.size())) return macRoman;
     std::string out(macRoman.size() * 3 + 1, '\0');
     int32_t len = PlatformMacRomanToUTF8(macRoman.data(), (int32_t)macRoman.size(), &out[0], (int32_t)out.size());
     out.resize(len < 0 ? 0 : len);
