@@ -233,7 +233,9 @@ int32_t QueueProcessEvents(void)
 extern "C" int32_t PlatformEventWait(int32_t timeoutMs)
 {
     if (gQueue.empty()) {
-        BusCurrent()->xPump();
+        /* The descriptor wakes for whatever is still in the socket; only what the
+         * transport has already read needs a pump before sleeping. */
+        if (BusCurrent()->xPending()) BusCurrent()->xPump();
         if (gQueue.empty()) {
             struct pollfd wait = {QueueGetEventFD(), POLLIN, 0};
             if (wait.fd >= 0) poll(&wait, 1, timeoutMs);

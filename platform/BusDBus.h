@@ -28,6 +28,8 @@ OSErr BusDBusFailure(int r);
 /* Handles every message already waiting, without blocking and without running event
  * handlers (received events only go to the queue). */
 void BusDBusDrain(void);
+/* The same, unless the bus was drained less than maxAgeUsec ago. */
+void BusDBusDrainUnlessFresh(uint64_t maxAgeUsec);
 /* Writes out what is queued for sending. */
 void BusDBusFlush(void);
 /* Microseconds of the monotonic clock. */
@@ -40,6 +42,7 @@ OSErr BusDBusSendEvent(const AEDescRecord *event, OSType signature, int32_t send
 /* Activations received since the last call (Activate is answered at once, the
  * callback runs from AEProcessEvents). */
 int32_t BusDBusTakeActivations(void);
+bool BusDBusActivationsPending(void);
 /* A four-character code <-> its string on the wire (Mac Roman <-> UTF-8). */
 std::string BusDBusCodeString(OSType code);
 bool BusDBusCodeFromString(const char *text, OSType *code);

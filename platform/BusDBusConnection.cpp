@@ -26,6 +26,7 @@ sd_bus_slot *gNamesSlot = nullptr;
 BusState gState = kBusNeverOpened;
 bool gExitHookSet = false;
 bool gWarnedNoBus = false;
+uint64_t gLastDrainUsec = 0;        /* when the last drain ended; 0 on a new connection */
 
 void ReleaseConnection(bool flush)
 {
@@ -40,6 +41,7 @@ void ReleaseConnection(bool flush)
         sd_bus_unref(gBus);
     }
     gBus = nullptr;
+    gLastDrainUsec = 0;
     BusDBusForgetNames();
     AEQueueWatchBusFD(-1);
 }
@@ -142,6 +144,13 @@ void DBusPump(void)
     BusDBusReapChildren();
 }
 
+bool DBusPending(void)
+{
+    uint64_t queued = 0;
+    if (gBus && sd_bus_get_n_queued_read(gBus, &queued) >= 0 && queued > 0) return true;
+    return BusDBusActivationsPending();
+}
+
 OSErr DBusLaunch(const std::string &executable, const std::string &document, OSType expected,
                  ProcessSerialNumber *psn)
 {
@@ -154,7 +163,7 @@ void DBusClose(void)
 }
 
 const Tpx1BusMethods kDBusMethods = {
-    DBusEnsureOpen,     DBusSignatureChanged, BusDBusSendEvent, DBusGetFD,  DBusPump,
+    DBusEnsureOpen,     DBusSignatureChanged, BusDBusSendEvent, DBusGetFD,  DBusPump, DBusPending,
     BusDBusNextProcess, BusDBusProcessInfo,   BusDBusActivate,  DBusLaunch, DBusClose,
 };
 
@@ -202,6 +211,13 @@ void BusDBusDrain(void)
         if (r == 0) break;
     }
     if (gBus && !sd_bus_is_open(gBus)) BusDBusFailure(-ECONNRESET);
+    gLastDrainUsec = BusDBusNowUsec();
+}
+
+void BusDBusDrainUnlessFresh(uint64_t maxAgeUsec)
+{
+    if (gLastDrainUsec && BusDBusNowUsec() - gLastDrainUsec < maxAgeUsec) return;
+    BusDBusDrain();
 }
 
 void BusDBusFlush(void)

@@ -288,6 +288,11 @@ int BusDBusAddObject(sd_bus *bus, sd_bus_slot **objectSlot, sd_bus_slot **filter
     return sd_bus_add_filter(bus, filterSlot, ErrorFilter, nullptr);
 }
 
+bool BusDBusActivationsPending(void)
+{
+    return gActivations > 0;
+}
+
 int32_t BusDBusTakeActivations(void)
 {
     int32_t n = gActivations;

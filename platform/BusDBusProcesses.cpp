@@ -20,6 +20,8 @@
 
 namespace {
 
+const uint64_t kProcessTableFreshUsec = 1000;
+
 struct NameEntry {
     std::string name;
     OSType signature;
@@ -220,8 +222,11 @@ bool BusDBusFindByPid(int32_t pid, OSType expected, ProcessSerialNumber *psn)
 OSErr BusDBusNextProcess(ProcessSerialNumber *psn)
 {
     if (psn->highLongOfPSN == 0 && psn->lowLongOfPSN == kNoProcess) {
+        /* A walk starts from what the bus has said by now, read afresh unless the bus
+         * was read less than a millisecond ago (one send looks its addressee up three
+         * times): a name that changed within that millisecond shows at the next read. */
         BusDBusEnsure(false);
-        BusDBusDrain();
+        BusDBusDrainUnlessFresh(kProcessTableFreshUsec);
     }
     std::vector<ProcessSerialNumber> list = ProcessList();
     if (psn->highLongOfPSN == 0 && psn->lowLongOfPSN == kNoProcess) {

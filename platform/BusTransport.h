@@ -32,6 +32,9 @@ struct Tpx1BusMethods {
     int (*xGetFD)(void);
     /* Reads everything waiting without blocking; received events go to the queue. */
     void (*xPump)(void);
+    /* True when something was already read from the transport but not yet handed to
+     * the queue (a poll of the descriptor would not see it): pump before sleeping. */
+    bool (*xPending)(void);
     /* The process table: from kNoProcess the first, procNotFound after the last. */
     OSErr (*xNextProcess)(ProcessSerialNumber *psn);
     OSErr (*xProcessInfo)(const ProcessSerialNumber *psn, BusProcess *out);

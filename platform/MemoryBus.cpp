@@ -98,6 +98,11 @@ int MemoryGetFD(void)
 
 void MemoryPump(void) {}
 
+bool MemoryPending(void)
+{
+    return false;
+}
+
 OSErr MemoryNextProcess(ProcessSerialNumber *psn)
 {
     bool selfListed = PlatformProcessSignature() != 0;
@@ -164,8 +169,8 @@ OSErr MemoryLaunch(const std::string &executable, const std::string &document, O
 void MemoryClose(void) {}
 
 const Tpx1BusMethods kMemoryBus = {
-    MemoryEnsureOpen, MemorySignatureChanged, MemorySend,     MemoryGetFD,  MemoryPump,
-    MemoryNextProcess, MemoryProcessInfo,     MemoryActivate, MemoryLaunch, MemoryClose,
+    MemoryEnsureOpen,  MemorySignatureChanged, MemorySend,     MemoryGetFD,  MemoryPump, MemoryPending,
+    MemoryNextProcess, MemoryProcessInfo,      MemoryActivate, MemoryLaunch, MemoryClose,
 };
 
 } // namespace
