@@ -78,8 +78,11 @@ OSErr AppendParameter(sd_bus_message *m, const AEParamItem &item, uint64_t *tota
     if (keyword.empty() || typeName.empty()) return paramErr;
     *total += kParamOverhead + keyword.size() + typeName.size() + value.size();
     if (*total > kMaxEventBytes) return paramErr;
+    /* The basic calls, not a format string: a message has many parameters, and parsing
+     * the format for each costs more than the appending itself. */
     int r = sd_bus_message_open_container(m, 'r', "ssv");
-    if (r >= 0) r = sd_bus_message_append(m, "ss", keyword.c_str(), typeName.c_str());
+    if (r >= 0) r = sd_bus_message_append_basic(m, 's', keyword.c_str());
+    if (r >= 0) r = sd_bus_message_append_basic(m, 's', typeName.c_str());
     if (r >= 0) r = sd_bus_message_open_container(m, 'v', contents);
     if (r >= 0) {
         if (contents[0] == 's') r = sd_bus_message_append_basic(m, 's', value.c_str());
@@ -144,7 +147,8 @@ void Warn(const char *format, OSType a, OSType b)
 int ReadParameter(sd_bus_message *m, AEDescRecord *record, sd_bus_error *error)
 {
     const char *keywordText, *typeText;
-    int r = sd_bus_message_read(m, "ss", &keywordText, &typeText);
+    int r = sd_bus_message_read_basic(m, 's', &keywordText);
+    if (r >= 0) r = sd_bus_message_read_basic(m, 's', &typeText);
     if (r < 0) return r;
     OSType keyword, type;
     if (!BusDBusCodeFromString(keywordText, &keyword) || !BusDBusCodeFromString(typeText, &type))
@@ -156,7 +160,9 @@ int ReadParameter(sd_bus_message *m, AEDescRecord *record, sd_bus_error *error)
     std::string data;
     if (kind == 'v' && strcmp(contents, "s") == 0) {
         const char *text;
-        r = sd_bus_message_read(m, "v", "s", &text);
+        r = sd_bus_message_enter_container(m, 'v', "s");
+        if (r >= 0) r = sd_bus_message_read_basic(m, 's', &text);
+        if (r >= 0) r = sd_bus_message_exit_container(m);
         if (r < 0) return r;
         size_t len = strlen(text);
         data.resize(len + 1);
