@@ -153,38 +153,40 @@ int ReadParameter(sd_bus_message *m, AEDescRecord *record, sd_bus_error *error)
     OSType keyword, type;
     if (!BusDBusCodeFromString(keywordText, &keyword) || !BusDBusCodeFromString(typeText, &type))
         return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "keywords and types are four-character codes");
-    char kind;
-    const char *contents;
-    r = sd_bus_message_peek_type(m, &kind, &contents);
+    /* A 'TEXT' value comes as a string and any other as bytes; either form is taken for
+     * any type. The expected one is tried first: a variant of other contents is refused
+     * with -ENXIO and nothing read, which costs less than asking for its type. */
+    bool text = type == typeChar;
+    r = sd_bus_message_enter_container(m, 'v', text ? "s" : "ay");
+    if (r == -ENXIO) {
+        text = !text;
+        r = sd_bus_message_enter_container(m, 'v', text ? "s" : "ay");
+    }
+    if (r == -ENXIO || r == 0)
+        return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "parameter values are strings (s) or bytes (ay)");
     if (r < 0) return r;
     std::string data;
-    if (kind == 'v' && strcmp(contents, "s") == 0) {
-        const char *text;
-        r = sd_bus_message_enter_container(m, 'v', "s");
-        if (r >= 0) r = sd_bus_message_read_basic(m, 's', &text);
-        if (r >= 0) r = sd_bus_message_exit_container(m);
+    if (text) {
+        const char *value;
+        r = sd_bus_message_read_basic(m, 's', &value);
         if (r < 0) return r;
-        size_t len = strlen(text);
+        size_t len = strlen(value);
         data.resize(len + 1);
         int32_t firstBad = -1;
-        int32_t written = PlatformUTF8ToMacRoman(text, (int32_t)len, &data[0], (int32_t)data.size(), &firstBad);
+        int32_t written = PlatformUTF8ToMacRoman(value, (int32_t)len, &data[0], (int32_t)data.size(), &firstBad);
         data.resize(written < 0 ? 0 : written);
         if (firstBad >= 0)
             Warn("event from '%s': parameter '%s' has characters without a Mac Roman form; they became '?'",
                  record->sender, keyword);
-    } else if (kind == 'v' && strcmp(contents, "ay") == 0) {
-        r = sd_bus_message_enter_container(m, 'v', "ay");
-        if (r < 0) return r;
+    } else {
         const void *bytes;
         size_t size;
         r = sd_bus_message_read_array(m, 'y', &bytes, &size);
         if (r < 0) return r;
         data.assign(static_cast<const char *>(bytes), size);
-        r = sd_bus_message_exit_container(m);
-        if (r < 0) return r;
-    } else {
-        return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "parameter values are strings (s) or bytes (ay)");
     }
+    r = sd_bus_message_exit_container(m);
+    if (r < 0) return r;
     AESetParam(record, keyword, type, data);
     return 1;
 }

@@ -293,6 +293,21 @@ TEST_F(IacBusTest, EventFromAForeignClientIsArchivedExactly)
     EXPECT_EQ(reply, "i 0\n");
     Run("Idle 3");
     EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
+
+    /* A value that is neither a string nor bytes is refused; text that comes as bytes is
+     * taken as it is. */
+    const std::vector<std::string> call = {"/usr/bin/busctl", "--address=" + address, "call", "org.vesk.App.s464d5037",
+                                           "/org/vesk/App", "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK",
+                                           "AEVT", ""};
+    std::vector<std::string> wrong = call, asBytes = call;
+    for (const char *arg : {"2", "MSSG", "TEXT", "s", "ZZZZ", "NUM ", "TEXT", "i", "5"}) wrong.push_back(arg);
+    for (const char *arg : {"2", "MSSG", "TEXT", "ay", "4", "90", "90", "90", "90", "SIGN", "TEXT", "s", "BUSC"})
+        asBytes.push_back(arg);
+    reply = HarnessCapture(wrong, &status, kWaitMs);
+    EXPECT_NE(status, 0) << reply;
+    reply = HarnessCapture(asBytes, &status, kWaitMs);
+    EXPECT_EQ(reply, "i 0\n");
+    EXPECT_TRUE(WaitFor([&] { return Calc("TPX1GetNextMessage()") == "\"ZZZZ\"\n"; })) << transcript;
     EXPECT_EQ(StopHost(), 0);
     /* The only dialogs: the failed "MSSG" lookups of the two calls that found no message. */
     std::istringstream dialogs(Dialogs());

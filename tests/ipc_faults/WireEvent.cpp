@@ -53,8 +53,15 @@ int WireNewEvent(sd_bus *bus, const std::string &from, const std::string &to, co
     int r = sd_bus_message_new_method_call(bus, m, WireBusName(to).c_str(), kObjectPath, kInterface, "Event");
     if (r >= 0) r = sd_bus_message_append(*m, "sss", "VESK", "AEVT", from.c_str());
     if (r >= 0) r = sd_bus_message_open_container(*m, 'a', "(ssv)");
-    for (size_t i = 0; r >= 0 && i < params.size(); i++)
-        r = sd_bus_message_append(*m, "(ssv)", params[i].keyword.c_str(), "TEXT", "s", params[i].value.c_str());
+    for (size_t i = 0; r >= 0 && i < params.size(); i++) {
+        r = sd_bus_message_open_container(*m, 'r', "ssv");
+        if (r >= 0) r = sd_bus_message_append_basic(*m, 's', params[i].keyword.c_str());
+        if (r >= 0) r = sd_bus_message_append_basic(*m, 's', "TEXT");
+        if (r >= 0) r = sd_bus_message_open_container(*m, 'v', "s");
+        if (r >= 0) r = sd_bus_message_append_basic(*m, 's', params[i].value.c_str());
+        if (r >= 0) r = sd_bus_message_close_container(*m);
+        if (r >= 0) r = sd_bus_message_close_container(*m);
+    }
     if (r >= 0) r = sd_bus_message_close_container(*m);
     return r < 0 ? r : 0;
 }
@@ -70,8 +77,11 @@ int WireReadEvent(sd_bus_message *m, std::string *sender, std::vector<WireParam>
         const char *keyword, *type, *value;
         r = sd_bus_message_enter_container(m, 'r', "ssv");
         if (r <= 0) break;
-        r = sd_bus_message_read(m, "ss", &keyword, &type);
-        if (r >= 0) r = sd_bus_message_read(m, "v", "s", &value);
+        r = sd_bus_message_read_basic(m, 's', &keyword);
+        if (r >= 0) r = sd_bus_message_read_basic(m, 's', &type);
+        if (r >= 0) r = sd_bus_message_enter_container(m, 'v', "s");
+        if (r >= 0) r = sd_bus_message_read_basic(m, 's', &value);
+        if (r >= 0) r = sd_bus_message_exit_container(m);
         if (r >= 0) params->push_back(WireParam{keyword, value});
         if (r >= 0) r = sd_bus_message_exit_container(m);
     }
