@@ -5,6 +5,8 @@
  */
 #include <string.h>
 
+#include <utility>
+
 #include "iac/Iac.h"
 #include "store/Globals.h"
 #include "store/MessageLists.h"
@@ -51,13 +53,18 @@ OSErr ApplyStandardDefaults(short list)
     return noErr;
 }
 
+/* MSSG 0, SIGN 1, PSIG 2, XTRA 3, any other 4. The first letters tell the four apart,
+ * so a name is compared once at most (the sort asks for ranks again and again). */
 int StandardRank(const DataNode *node)
 {
-    static const char *const kOrder[] = {"MSSG", "SIGN", "PSIG", "XTRA"};
-    for (int i = 0; i < 4; i++)
-        if (strcmp(node->name, kOrder[i]) == 0)
-            return i;
-    return 4;
+    const char *name = node->name;
+    switch (name[0]) {
+    case 'M': return strcmp(name, "MSSG") == 0 ? 0 : 4;
+    case 'S': return strcmp(name, "SIGN") == 0 ? 1 : 4;
+    case 'P': return strcmp(name, "PSIG") == 0 ? 2 : 4;
+    case 'X': return strcmp(name, "XTRA") == 0 ? 3 : 4;
+    default: return 4;
+    }
 }
 
 bool ComesAfter(const DataNode *a, const DataNode *b)
@@ -68,14 +75,25 @@ bool ComesAfter(const DataNode *a, const DataNode *b)
     return rankA == 4 && GetFHandleSize(a->data) > GetFHandleSize(b->data);
 }
 
+/* Exchanges two C strings held in buffers of the same size, copying only the text. */
+void SwapText(char *a, char *b)
+{
+    char saved[sizeof(DataNode::name)];
+    size_t lengthA = strlen(a) + 1;
+    memcpy(saved, a, lengthA);
+    memcpy(a, b, strlen(b) + 1);
+    memcpy(b, saved, lengthA);
+}
+
+/* Exchanges the contents of two nodes; the chain stays as it is. */
 void SwapNodeContents(DataNode *a, DataNode *b)
 {
-    DataNode *nextA = a->next, *nextB = b->next;
-    DataNode saved = *a;
-    *a = *b;
-    *b = saved;
-    a->next = nextA;
-    b->next = nextB;
+    static_assert(sizeof(DataNode::name) == sizeof(DataNode::scriptName), "one buffer size for both texts");
+    SwapText(a->name, b->name);
+    SwapText(a->scriptName, b->scriptName);
+    std::swap(a->isSystem, b->isSystem);
+    std::swap(a->scriptEnabled, b->scriptEnabled);
+    std::swap(a->data, b->data);
 }
 
 /* Bubble sort in place: MSSG, SIGN, PSIG, XTRA, then by value size; equal sizes keep their order. */
