@@ -12,7 +12,7 @@
  * Prints the figures and the ratio of the plug-in's round trip to the bare ping-pong
  * (target: within 2x).
  *
- * Usage: bench_messaging [--count N] [--window W] [--rounds R]   (defaults 2000, 8, 5)
+ * Usage: bench_messaging [--count N] [--window W] [--rounds R]   (defaults 10000, 8, 20)
  */
 #include <algorithm>
 #include <csignal>
@@ -156,7 +156,7 @@ void PrintBaseline(const char *label, const Summary &s, const char *tail)
 
 int main(int argc, char **argv)
 {
-    long count = 2000, window = 8, rounds = 5;
+    long count = 10000, window = 8, rounds = 20;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (!strcmp(argv[i], "--count")) count = atol(argv[i + 1]);
         else if (!strcmp(argv[i], "--window")) window = atol(argv[i + 1]);
