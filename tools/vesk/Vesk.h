@@ -28,10 +28,12 @@ struct VeskParam {
 bool ParseCode(const std::string &text, OSType *code);
 /* A code as UTF-8 text, four characters. */
 std::string CodeText(OSType code);
+void AppendCodeText(std::string *out, OSType code);
 std::string ToMacRoman(const std::string &utf8);
 std::string ToUTF8(const std::string &macRoman);
 /* UTF-8 with TAB, CR, LF, backslash and other control characters made visible. */
 std::string VisibleText(const std::string &macRoman);
+void AppendVisibleText(std::string *out, const std::string &macRoman);
 /* Undoes VisibleText's escapes (\t \r \n \\ \"). */
 std::string UnescapeText(const std::string &text);
 /* "KEY=VALUE" (UTF-8) into a 'TEXT' parameter. */
@@ -48,13 +50,14 @@ OSErr SendEvent(OSType to, AEEventClass eventClass, AEEventID eventID, const std
 /* A readable block (listen) and a log line (partner). */
 std::string EventBlock(const AppleEvent *event);
 std::string EventLine(const AppleEvent *event);
-std::string EventLine(const AppleEvent *event, const std::vector<VeskParam> &params);
+std::string EventLine(AEEventClass eventClass, AEEventID eventID, OSType sender, const std::vector<VeskParam> &params);
 /* Message text for an OSErr. */
 std::string ErrorText(OSErr err);
 /* Takes this signature's bus name; false (with a message) when it cannot. */
 bool OwnSignature(OSType signature);
-/* Runs the event loop until SIGTERM or SIGINT. */
-void RunUntilSignalled(void);
+/* Runs the event loop until SIGTERM or SIGINT; afterEvents (if given) runs each time the
+ * events that were waiting have been handled, before the loop waits again. */
+void RunUntilSignalled(void (*afterEvents)(void) = nullptr);
 
 /* ---- Rules of the stand-in partner (VeskRules.cpp) ---- */
 struct VeskRule {

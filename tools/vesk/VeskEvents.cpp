@@ -112,17 +112,24 @@ std::string EventBlock(const AppleEvent *event)
 
 std::string EventLine(const AppleEvent *event)
 {
-    return EventLine(event, EventParams(event));
+    return EventLine(EventClass(event), EventID(event), EventSender(event), EventParams(event));
 }
 
-std::string EventLine(const AppleEvent *event, const std::vector<VeskParam> &params)
+std::string EventLine(AEEventClass eventClass, AEEventID eventID, OSType sender, const std::vector<VeskParam> &params)
 {
-    OSType sender = EventSender(event);
-    std::string line = "event " + CodeText(EventClass(event)) + "/" + CodeText(EventID(event)) + " from " +
-                       (sender ? CodeText(sender) : std::string("????"));
+    std::string line = "event ";
+    AppendCodeText(&line, eventClass);
+    line += '/';
+    AppendCodeText(&line, eventID);
+    line += " from ";
+    if (sender) AppendCodeText(&line, sender);
+    else line += "????";
     for (const VeskParam &param : params) {
-        line += "\t" + CodeText(param.keyword) + "=";
-        line += param.type == typeChar || param.type == typeFileURL ? VisibleText(param.data) : ValueText(param);
+        line += '\t';
+        AppendCodeText(&line, param.keyword);
+        line += '=';
+        if (param.type == typeChar || param.type == typeFileURL) AppendVisibleText(&line, param.data);
+        else line += ValueText(param);
     }
     return line;
 }
@@ -150,7 +157,7 @@ bool OwnSignature(OSType signature)
     return false;
 }
 
-void RunUntilSignalled(void)
+void RunUntilSignalled(void (*afterEvents)(void))
 {
     struct sigaction action;
     memset(&action, 0, sizeof action);
@@ -159,6 +166,7 @@ void RunUntilSignalled(void)
     sigaction(SIGINT, &action, nullptr);
     while (!gStop) {
         PlatformEventWait(500);
+        if (afterEvents) afterEvents();
         /* Without the bus (the daemon went away) a stand-in has nobody left to talk to. */
         if (!gStop && !PlatformBusOwnsSignatureName()) {
             fprintf(stderr, "vesk: no longer on the bus; stopping\n");

@@ -24,11 +24,35 @@ std::string gDocument;
 std::vector<VeskRule> gRules;
 FILE *gLog = nullptr;
 
+/* The log is written once the events that were waiting have been handled, so that no
+ * answer waits for it: an event waits here as it came (its line is formatted only
+ * then), any other line as text. */
+struct LogEntry {
+    bool isEvent;
+    AEEventClass eventClass;
+    AEEventID eventID;
+    OSType sender;
+    std::vector<VeskParam> params;
+    std::string text;
+};
+std::vector<LogEntry> gPendingLog;
+
 void Log(const std::string &line)
 {
-    fputs(line.c_str(), gLog);
-    fputc('\n', gLog);
+    gPendingLog.push_back(LogEntry{false, 0, 0, 0, {}, line});
+}
+
+void WriteLog(void)
+{
+    if (gPendingLog.empty()) return;
+    for (const LogEntry &entry : gPendingLog) {
+        std::string line =
+            entry.isEvent ? EventLine(entry.eventClass, entry.eventID, entry.sender, entry.params) : entry.text;
+        fputs(line.c_str(), gLog);
+        fputc('\n', gLog);
+    }
     fflush(gLog);
+    gPendingLog.clear();
 }
 
 VeskParam Text(OSType keyword, const std::string &value)
@@ -78,17 +102,12 @@ std::string OwnClassicPath(void)
     return path;
 }
 
-/* The log lines that follow the event being handled (what was sent, the document
- * opened). They are written once the answers have left, so that formatting the log does
- * not delay them, and after the event's own line, so that the log still reads in order. */
-std::vector<std::string> gSentLines;
-
 void Send(OSType to, const std::vector<VeskParam> &params)
 {
     OSErr err = SendEvent(to, kVeskClass, kVeskEvent, params);
     std::string line = "sent " + ToUTF8(ParamText(params, kMSSG)) + " to " + CodeText(to);
     if (err) line += " failed: " + ErrorText(err);
-    gSentLines.push_back(line);
+    Log(line);
 }
 
 void AnswerHola(OSType to)
@@ -116,13 +135,13 @@ void FollowRules(OSType messageId, OSType sender, const std::vector<VeskParam> &
     }
 }
 
-/* Answers "HOLA" and follows the rules; the lines for the log go to gSentLines. */
+/* Answers "HOLA" and follows the rules. */
 void Answer(const AppleEvent *event, const std::vector<VeskParam> &params)
 {
     if (EventClass(event) == kCoreEventClass && EventID(event) == kAEOpenDocuments) {
         bool found;
         std::string url = ParamText(params, keyDirectObject, &found);
-        if (found) gSentLines.push_back("document " + VisibleText(url));
+        if (found) Log("document " + VisibleText(url));
         return;
     }
     if (EventClass(event) != kVeskClass) return;
@@ -138,13 +157,12 @@ void Answer(const AppleEvent *event, const std::vector<VeskParam> &params)
 
 OSErr HandleEvent(const AppleEvent *event, AppleEvent *, intptr_t)
 {
-    gSentLines.clear();
+    /* The event's entry goes first, so that it stands before what answering it logs. */
+    size_t entry = gPendingLog.size();
+    gPendingLog.push_back(LogEntry{true, EventClass(event), EventID(event), EventSender(event), {}, ""});
     std::vector<VeskParam> params = EventParams(event);
     Answer(event, params);
-    std::string lines = EventLine(event, params);
-    for (const std::string &line : gSentLines) lines += "\n" + line;
-    Log(lines);
-    gSentLines.clear();
+    gPendingLog[entry].params = std::move(params);
     return noErr;
 }
 
@@ -197,8 +215,10 @@ int VeskPartner(int argc, char **argv)
     if (!OwnSignature(gSelf)) return 1;
     Log("start " + CodeText(gSelf) + " pid " + std::to_string(getpid()));
     if (!gDocument.empty()) Log("document " + gDocument);
-    RunUntilSignalled();
+    WriteLog();
+    RunUntilSignalled(WriteLog);
     Log("stop");
+    WriteLog();
     if (gLog != stdout) fclose(gLog);
     return 0;
 }

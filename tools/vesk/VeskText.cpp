@@ -15,12 +15,20 @@ bool ParseCode(const std::string &text, OSType *code)
     return true;
 }
 
-std::string CodeText(OSType code)
+void AppendCodeText(std::string *out, OSType code)
 {
     char bytes[4] = {(char)(code >> 24), (char)(code >> 16), (char)(code >> 8), (char)code};
     for (char &c : bytes)
         if (!c) c = '?';
-    return ToUTF8(std::string(bytes, 4));
+    if (PlatformTextIsASCII(bytes, 4)) out->append(bytes, 4);
+    else *out += ToUTF8(std::string(bytes, 4));
+}
+
+std::string CodeText(OSType code)
+{
+    std::string text;
+    AppendCodeText(&text, code);
+    return text;
 }
 
 std::string ToMacRoman(const std::string &utf8)
@@ -41,9 +49,12 @@ std::string ToUTF8(const std::string &macRoman)
     return out;
 }
 
-std::string VisibleText(const std::string &macRoman)
+void AppendVisibleText(std::string *out, const std::string &macRoman)
 {
-    std::string escaped;
+    /* Plain ASCII is escaped straight into out: it reads the same in UTF-8. */
+    bool ascii = PlatformTextIsASCII(macRoman.data(), (int32_t)macRoman.size());
+    std::string converted;
+    std::string &escaped = ascii ? *out : converted;
     for (unsigned char c : macRoman) {
         switch (c) {
         case '\t': escaped += "\\t"; break;
@@ -61,7 +72,14 @@ std::string VisibleText(const std::string &macRoman)
             }
         }
     }
-    return ToUTF8(escaped);
+    if (!ascii) *out += ToUTF8(converted);
+}
+
+std::string VisibleText(const std::string &macRoman)
+{
+    std::string text;
+    AppendVisibleText(&text, macRoman);
+    return text;
 }
 
 std::string UnescapeText(const std::string &text)
