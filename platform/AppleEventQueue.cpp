@@ -237,8 +237,14 @@ extern "C" int32_t PlatformEventWait(int32_t timeoutMs)
          * transport has already read needs a pump before sleeping. */
         if (BusCurrent()->xPending()) BusCurrent()->xPump();
         if (gQueue.empty()) {
-            struct pollfd wait = {QueueGetEventFD(), POLLIN, 0};
-            if (wait.fd >= 0) poll(&wait, 1, timeoutMs);
+            /* The bus and the queue's eventfd directly: a wake-up through the epoll
+             * descriptor (which is there for hosts that want one descriptor) costs more. */
+            struct pollfd wait[2];
+            nfds_t n = 0;
+            int busFD = BusCurrent()->xGetFD();
+            if (busFD >= 0) wait[n++] = {busFD, POLLIN, 0};
+            if (EnsureEventFDs()) wait[n++] = {gWaitingFD, POLLIN, 0};
+            if (n > 0) poll(wait, n, timeoutMs);
             else if (timeoutMs > 0) usleep((useconds_t)timeoutMs * 1000);
         }
     }
