@@ -192,10 +192,12 @@ void BusMemoryReset(void)
 
 BusProcess BusSelfProcess(void)
 {
+    /* Asked at every look-up of this process; it never forks without exec'ing. */
+    static const int32_t pid = (int32_t)getpid();
     BusProcess self;
     self.psn = ProcessCurrentPSN();
     self.signature = PlatformProcessSignature();
-    self.pid = getpid();
+    self.pid = pid;
     self.executable = ProcessCurrentAppPath();
     return self;
 }
