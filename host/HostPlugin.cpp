@@ -7,7 +7,6 @@
 #include "host/HostCore.h"
 
 #include <dlfcn.h>
-#include <strings.h>
 #include <unistd.h>
 
 #include <cctype>

@@ -277,10 +277,6 @@ std::string BusDBusCodeString(OSType code)
 
 bool BusDBusCodeFromString(const char *text, OSType *code)
 {
-    if (strlen(text) == 4 && PlatformTextIsASCII(text, 4)) {
-        *code = FOUR_CHAR(text[0], text[1], text[2], text[3]);
-        return true;
-    }
     char roman[8];
     int32_t firstBad = -1;
     int32_t len = PlatformUTF8ToMacRoman(text, -1, roman, sizeof roman, &firstBad);

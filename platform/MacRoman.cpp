@@ -39,7 +39,6 @@ int32_t SourceLength(const char *src, int32_t srcLen)
     return srcLen < 0 ? (int32_t)strlen(src) : srcLen;
 }
 
-
 /* Runs one conversion with the descriptor in *slot (opened on first use); a character
  * iconv refuses becomes one '?', and skip(in, inLeft) says how many source bytes it took.
  * *firstBad, when given, gets the source offset of the first refused character. */
@@ -99,7 +98,6 @@ size_t SkipUTF8Character(const char *in, size_t inLeft)
 
 extern "C" {
 
-/* srcLen < 0 means the source is NUL-terminated. */
 Boolean PlatformTextIsASCII(const char *src, int32_t len)
 {
     for (int32_t i = 0; i < len; i++)
@@ -107,6 +105,7 @@ Boolean PlatformTextIsASCII(const char *src, int32_t len)
     return true;
 }
 
+/* srcLen < 0 means the source is NUL-terminated. */
 int32_t PlatformMacRomanToUTF8(const char *src, int32_t srcLen, char *dst, int32_t dstSize)
 {
     return Convert(&gToUTF8, "UTF-8", "MACINTOSH", src, srcLen, dst, dstSize, nullptr, SkipOneByte);

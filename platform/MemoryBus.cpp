@@ -10,7 +10,6 @@
 #include "platform/TestBus.h"
 
 #include <deque>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -188,18 +187,6 @@ void BusMemoryReset(void)
     gLaunches.clear();
     gFronts.clear();
     gLaunchSignature = 0;
-}
-
-BusProcess BusSelfProcess(void)
-{
-    /* Asked at every look-up of this process; it never forks without exec'ing. */
-    static const int32_t pid = (int32_t)getpid();
-    BusProcess self;
-    self.psn = ProcessCurrentPSN();
-    self.signature = PlatformProcessSignature();
-    self.pid = pid;
-    self.executable = ProcessCurrentAppPath();
-    return self;
 }
 
 extern "C" {

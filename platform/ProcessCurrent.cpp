@@ -1,8 +1,9 @@
 /*
  * ProcessCurrent.cpp: this process as the Process Manager shows it: its declared
  * signature (and with it its bus name), its serial number, its application path (the
- * executable, or TPX1_APP_PATH), the activate callback, and the filling of process
- * information records (name and application FSSpec) for any process.
+ * executable, or TPX1_APP_PATH), its record for the transports, the activate callback,
+ * and the filling of process information records (name and application FSSpec) for any
+ * process.
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
@@ -72,6 +73,18 @@ std::string ProcessCurrentAppPath(void)
         executable.assign(path, (size_t)len);
     }
     return executable;
+}
+
+BusProcess BusSelfProcess(void)
+{
+    /* Asked at every look-up of this process; it never forks without exec'ing. */
+    static const int32_t pid = (int32_t)getpid();
+    BusProcess self;
+    self.psn = ProcessCurrentPSN();
+    self.signature = PlatformProcessSignature();
+    self.pid = pid;
+    self.executable = ProcessCurrentAppPath();
+    return self;
 }
 
 void ProcessCallActivateHandler(void)

@@ -20,8 +20,7 @@ void AppendCodeText(std::string *out, OSType code)
     char bytes[4] = {(char)(code >> 24), (char)(code >> 16), (char)(code >> 8), (char)code};
     for (char &c : bytes)
         if (!c) c = '?';
-    if (PlatformTextIsASCII(bytes, 4)) out->append(bytes, 4);
-    else *out += ToUTF8(std::string(bytes, 4));
+    *out += ToUTF8(std::string(bytes, 4));
 }
 
 std::string CodeText(OSType code)
@@ -51,10 +50,7 @@ std::string ToUTF8(const std::string &macRoman)
 
 void AppendVisibleText(std::string *out, const std::string &macRoman)
 {
-    /* Plain ASCII is escaped straight into out: it reads the same in UTF-8. */
-    bool ascii = PlatformTextIsASCII(macRoman.data(), (int32_t)macRoman.size());
-    std::string converted;
-    std::string &escaped = ascii ? *out : converted;
+    std::string escaped;
     for (unsigned char c : macRoman) {
         switch (c) {
         case '\t': escaped += "\\t"; break;
@@ -72,7 +68,7 @@ void AppendVisibleText(std::string *out, const std::string &macRoman)
             }
         }
     }
-    if (!ascii) *out += ToUTF8(converted);
+    *out += ToUTF8(escaped);
 }
 
 std::string VisibleText(const std::string &macRoman)
