@@ -9,14 +9,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <poll.h>
 #include <sstream>
 #include <string>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -47,17 +44,8 @@ protected:
         char tmpl[] = "/tmp/tpx1-iacbus-XXXXXX";
         temp = mkdtemp(tmpl);
         std::filesystem::create_directories(temp + "/Applications");
-        int status;
-        std::string printed = HarnessCapture({"/usr/bin/dbus-daemon", "--session", "--address=unix:dir=" + temp,
-                                              "--print-address=1", "--print-pid=1", "--fork"},
-                                             &status, kWaitMs);
-        std::istringstream lines(printed);
-        std::getline(lines, address);
-        std::string pid;
-        std::getline(lines, pid);
-        busPid = (pid_t)atol(pid.c_str());
-        ASSERT_FALSE(address.empty()) << "no private dbus-daemon";
-        setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+        ASSERT_TRUE(HarnessDaemonStart(temp + "/bus", &daemon)) << "no private dbus-daemon";
+        address = daemon.address;
         setenv("HOME", temp.c_str(), 1);
         setenv("TPX1_DIALOG_LOG", (temp + "/dialogs.jsonl").c_str(), 1);
         setenv("TPX1_APPLICATIONS_FOLDER", (temp + "/Applications").c_str(), 1);
@@ -67,13 +55,13 @@ protected:
     {
         StopHost();
         for (pid_t pid : partners) HarnessReap(pid, SIGTERM, kWaitMs);
-        std::vector<pid_t> others = {busPid};
-        for (const std::string &log : launchedLogs) others.push_back(HarnessLoggedPid(HarnessReadFile(log)));
-        for (pid_t pid : others) {
+        for (const std::string &log : launchedLogs) {
+            pid_t pid = HarnessLoggedPid(HarnessReadFile(log));
             if (pid <= 0) continue;
             kill(pid, SIGTERM);
             WaitFor([&] { return kill(pid, 0) != 0; });
         }
+        HarnessDaemonStop(&daemon, SIGTERM);
         std::error_code ec;
         for (int i = 0; i < 50 && std::filesystem::exists(temp); i++) {
             std::filesystem::remove_all(temp, ec);
@@ -159,7 +147,7 @@ protected:
     pid_t StartPartner(const char *signature, const std::string &rules, const std::string &log)
     {
         std::string rulesFile = temp + "/rules-" + signature + ".txt";
-        std::ofstream(rulesFile) << rules;
+        HarnessWriteFile(rulesFile, rules);
         pid_t pid = HarnessSpawn({VESK_PATH, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, "",
                                  temp + "/partner.err");
         partners.push_back(pid);
@@ -174,7 +162,8 @@ protected:
     std::string Dialogs() { return HarnessReadFile(temp + "/dialogs.jsonl"); }
 
     std::string temp, address;
-    pid_t busPid = -1, host = -1;
+    HarnessDaemon daemon;
+    pid_t host = -1;
     int hostIn = -1, hostOut = -1;
     int marks = 0;
     std::string pending, transcript;
@@ -189,11 +178,11 @@ TEST_F(IacBusTest, RoundTripWithAPartnerTheHostLaunches)
     /* TOPOLUX in its default place: a script that becomes a vesk partner. */
     std::string folder = temp + "/Applications/TOPOLUX Folder";
     std::filesystem::create_directories(folder);
-    std::ofstream(folder + "/rules.txt") << "on SHOW send MSSG=INFO LST2=$LST2\n";
-    std::ofstream(folder + "/TOPOLUX") << "#!/bin/sh\nexec " VESK_PATH " partner --as TPX1 --name TOPOLUX "
-                                          "--rules \"$(dirname \"$0\")/rules.txt\" "
-                                          "--log \"$(dirname \"$0\")/partner.log\" \"$@\"\n";
-    chmod((folder + "/TOPOLUX").c_str(), 0755);
+    HarnessWriteFile(folder + "/rules.txt", "on SHOW send MSSG=INFO LST2=$LST2\n");
+    HarnessWriteFile(folder + "/TOPOLUX",
+                     "#!/bin/sh\nexec " VESK_PATH " partner --as TPX1 --name TOPOLUX "
+                     "--rules \"$(dirname \"$0\")/rules.txt\" --log \"$(dirname \"$0\")/partner.log\" \"$@\"\n",
+                     true);
     std::string log = folder + "/partner.log";
     launchedLogs.push_back(log);
 

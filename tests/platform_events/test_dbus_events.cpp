@@ -11,28 +11,53 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <fstream>
 #include <poll.h>
 #include <functional>
-#include <spawn.h>
-#include <sstream>
 #include <string>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
-#include "DocumentLaunch.h"
 #include "platform/AppleEvents.h"
 #include "platform/EventService.h"
 #include "platform/Processes.h"
 #include "platform/TestBus.h"
+#include "ProcessHarness.h"
 #include "platform/Toolbox.h"
 
-extern char **environ;
-
 namespace {
+
+/* The launch the plug-in makes of an application with a document: an open-document event
+ * for the application's signature, coerced to launch parameters, in an extended block. */
+struct DocumentLaunch {
+    AEAddressDesc target;
+    AppleEvent odoc;         /* also sendable to the running application */
+    AEDesc parameters;
+    LaunchParamBlockRec block;
+};
+
+OSErr PrepareDocumentLaunch(OSType signature, FSSpec *app, const FSSpec *document, uint16_t controlFlags,
+                                   DocumentLaunch *launch)
+{
+    AECreateDesc(typeApplSignature, &signature, 4, &launch->target);
+    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &launch->target, kAutoGenerateReturnID, 0, &launch->odoc);
+    AEPutParamPtr(&launch->odoc, keyDirectObject, typeFSS, document, sizeof *document);
+    OSErr err = AECoerceDesc(&launch->odoc, typeAppParameters, &launch->parameters);
+    memset(&launch->block, 0, sizeof launch->block);
+    launch->block.launchBlockID = extendedBlock;
+    launch->block.launchEPBLength = extendedBlockLen;
+    launch->block.launchControlFlags = controlFlags;
+    launch->block.launchAppSpec = app;
+    launch->block.launchAppParameters = err ? nullptr : (AppParameters *)launch->parameters.dataHandle;
+    return err;
+}
+
+void DisposeDocumentLaunch(DocumentLaunch *launch)
+{
+    AEDisposeDesc(&launch->parameters);
+    AEDisposeDesc(&launch->odoc);
+    AEDisposeDesc(&launch->target);
+}
 
 const OSType kSelf = FOUR_CHAR('F', 'M', 'P', '7');
 const OSType kTopolux = FOUR_CHAR('T', 'P', 'X', '1');
@@ -73,29 +98,6 @@ std::string Text(const Got &got, OSType keyword)
     for (const Param &p : got.params)
         if (p.keyword == keyword) return p.data;
     return "<missing>";
-}
-
-pid_t Spawn(const std::vector<std::string> &args, const std::string &out = "")
-{
-    std::vector<char *> argv;
-    std::vector<std::string> copy = args;
-    for (std::string &a : copy) argv.push_back(&a[0]);
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    if (!out.empty()) posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    pid_t pid = -1;
-    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) pid = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    return pid;
-}
-
-std::string ReadFile(const std::string &path)
-{
-    std::ifstream in(path);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
 }
 
 /* Runs the event loop until done() holds; gives up after many rounds (the bound only
@@ -161,33 +163,11 @@ OSErr SpecFor(const std::string &posix, FSSpec *theSpec)
 class DBusEvents : public ::testing::Test {
 protected:
     std::string dir;
-    pid_t daemon = -1;
+    HarnessDaemon daemon;
     std::vector<pid_t> children;
 
-    void StartDaemon(const std::string &socket)
-    {
-        std::string addressFile = dir + "/address";
-        unlink(addressFile.c_str());
-        daemon = Spawn({"dbus-daemon", "--session", "--nofork", "--print-address=1",
-                        "--address=unix:path=" + dir + "/" + socket},
-                       addressFile);
-        ASSERT_GT(daemon, 0);
-        std::string address;
-        for (int i = 0; i < 500 && address.find('\n') == std::string::npos; i++) {
-            usleep(10000);
-            address = ReadFile(addressFile);
-        }
-        ASSERT_NE(std::string::npos, address.find('\n'));
-        setenv("DBUS_SESSION_BUS_ADDRESS", address.substr(0, address.find('\n')).c_str(), 1);
-    }
-    void StopDaemon()
-    {
-        if (daemon > 0) {
-            kill(daemon, SIGTERM);
-            waitpid(daemon, nullptr, 0);
-        }
-        daemon = -1;
-    }
+    void StartDaemon(const std::string &socket) { ASSERT_TRUE(HarnessDaemonStart(dir + "/" + socket, &daemon)); }
+    void StopDaemon() { HarnessDaemonStop(&daemon, SIGTERM); }
     void SetUp() override
     {
         char templ[] = "/tmp/platbus-dbusXXXXXX";
@@ -220,7 +200,7 @@ protected:
     {
         std::vector<std::string> all = {VESK_PATH};
         all.insert(all.end(), args.begin(), args.end());
-        pid_t pid = Spawn(all);
+        pid_t pid = HarnessSpawn(all, "", "");
         if (pid > 0) children.push_back(pid);
         return pid;
     }
@@ -266,9 +246,9 @@ TEST_F(DBusEvents, NamesMakeTheProcessListAndARoundTripWorks)
     EXPECT_EQ("TOPOLUX", Text(gGot[0], FOUR_CHAR('N', 'A', 'M', 'E')));
     EXPECT_EQ("", Text(gGot[0], FOUR_CHAR('X', 'T', 'R', 'A')));
     /* The partner saw our text exactly (bullet 0xA5 in Mac Roman is U+2022). */
-    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("sent OKHI") != std::string::npos; }));
+    ASSERT_TRUE(PumpUntil([&] { return HarnessReadFile(log).find("sent OKHI") != std::string::npos; }));
     EXPECT_NE(std::string::npos,
-              ReadFile(log).find("event VESK/AEVT from FMP7\tMSSG=HOLA\tSIGN=FMP7\tLST2=a\\tb\\rc\xE2\x80\xA2\n"));
+              HarnessReadFile(log).find("event VESK/AEVT from FMP7\tMSSG=HOLA\tSIGN=FMP7\tLST2=a\\tb\\rc\xE2\x80\xA2\n"));
 
     /* Too large an event is refused before sending; the connection stays. */
     std::string huge(65u * 1024u * 1024u, 'x');
@@ -278,11 +258,11 @@ TEST_F(DBusEvents, NamesMakeTheProcessListAndARoundTripWorks)
     EXPECT_TRUE(PlatformBusOwnsSignatureName());
     /* Waiting for an answer gets the partner handler's result (noErr: no error number). */
     EXPECT_EQ(noErr, SendText(kTopolux, {{kKeyMSSG, "BYE "}}, kAEWaitReply));
-    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("MSSG=BYE ") != std::string::npos; }));
+    ASSERT_TRUE(PumpUntil([&] { return HarnessReadFile(log).find("MSSG=BYE ") != std::string::npos; }));
 
     /* SetFrontProcess of another application calls its Activate. */
     ASSERT_EQ(noErr, SetFrontProcess(&psn));
-    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("\nactivate\n") != std::string::npos; }));
+    ASSERT_TRUE(PumpUntil([&] { return HarnessReadFile(log).find("\nactivate\n") != std::string::npos; }));
 
     /* The partner ends: the table follows NameOwnerChanged and sends fail. */
     kill(partner, SIGTERM);
@@ -296,11 +276,11 @@ TEST_F(DBusEvents, ABusctlClientDeliversAnEventExactly)
 {
     gHandlerResult = 7;
     std::string out = dir + "/busctl.out";
-    pid_t client = Spawn({"busctl", "--user", "call", "org.vesk.App.s464d5037", "/org/vesk/App",
+    pid_t client = HarnessSpawn({"busctl", "--user", "call", "org.vesk.App.s464d5037", "/org/vesk/App",
                           "org.vesk.AppleEvent1", "Event", "sssa(ssv)", "VESK", "AEVT", "NMB5", "3", "MSSG", "TEXT",
                           "s", "CPT!", "LAT ", "TEXT", "s", "Zürich – 47°\t8", "DATA", "blob", "ay", "2", "0",
                           "255"},
-                         out);
+                         out, "");
     ASSERT_GT(client, 0);
     ASSERT_TRUE(PumpUntil([] { return !gGot.empty(); }));
     int status = 0;
@@ -313,15 +293,14 @@ TEST_F(DBusEvents, ABusctlClientDeliversAnEventExactly)
     EXPECT_EQ(std::string("Z\x9Frich \xD0 47\xA1\t8"), gGot[0].params[1].data);
     EXPECT_EQ(std::string("\0\xFF", 2), gGot[0].params[2].data);
     EXPECT_EQ(0, WEXITSTATUS(status));
-    EXPECT_EQ("i 7\n", ReadFile(out));
+    EXPECT_EQ("i 7\n", HarnessReadFile(out));
 }
 
 TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
 {
     std::string app = dir + "/TOPOLUX", doc = dir + "/City map.map", log = dir + "/partner.log";
-    std::ofstream(app) << "#!/bin/sh\nexec '" VESK_PATH "' partner --as TPX1 --log '" << log << "' \"$@\"\n";
-    chmod(app.c_str(), 0755);
-    std::ofstream(doc) << "map\n";
+    HarnessWriteFile(app, "#!/bin/sh\nexec '" VESK_PATH "' partner --as TPX1 --log '" + log + "' \"$@\"\n", true);
+    HarnessWriteFile(doc, "map\n");
 
     FSSpec appSpec, docSpec;
     ASSERT_EQ(noErr, SpecFor(app, &appSpec));
@@ -338,12 +317,12 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
     ASSERT_EQ(noErr, GetProcessInformation(&block.launchProcessSN, &info));
     EXPECT_EQ(kTopolux, info.processSignature);
     children.push_back(info.processPID);
-    ASSERT_TRUE(PumpUntil([&] { return ReadFile(log).find("document " + doc + "\n") != std::string::npos; }));
+    ASSERT_TRUE(PumpUntil([&] { return HarnessReadFile(log).find("document " + doc + "\n") != std::string::npos; }));
 
     /* A running application gets the document as an open-document event with a file URL. */
     ASSERT_EQ(noErr, AESend(&odoc, nullptr, 0x31, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr));
     ASSERT_TRUE(PumpUntil([&] {
-        return ReadFile(log).find("event aevt/odoc from FMP7\t----=file://" + dir + "/City%20map.map") !=
+        return HarnessReadFile(log).find("event aevt/odoc from FMP7\t----=file://" + dir + "/City%20map.map") !=
                std::string::npos;
     }));
     DisposeDocumentLaunch(&launch);
@@ -351,10 +330,8 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocumentWithinTheLimit)
     /* A program that never joins the bus, and one that ends at once: errors, no hang. */
     setenv("TPX1_LAUNCH_TIMEOUT_MS", "300", 1);
     std::string silent = dir + "/silent", quitter = dir + "/quitter";
-    std::ofstream(silent) << "#!/bin/sh\nsleep 2\n";
-    std::ofstream(quitter) << "#!/bin/sh\nexit 0\n";
-    chmod(silent.c_str(), 0755);
-    chmod(quitter.c_str(), 0755);
+    HarnessWriteFile(silent, "#!/bin/sh\nsleep 2\n", true);
+    HarnessWriteFile(quitter, "#!/bin/sh\nexit 0\n", true);
     for (const std::string &path : {silent, quitter}) {
         FSSpec theSpec;
         ASSERT_EQ(noErr, SpecFor(path, &theSpec));
