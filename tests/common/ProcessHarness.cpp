@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <poll.h>
 #include <sstream>
@@ -238,6 +239,28 @@ bool HarnessWaitFor(int waitMs, const std::function<bool()> &condition)
         usleep(20000);
     }
     return true;
+}
+
+pid_t HarnessStartPartner(const std::string &vesk, const std::string &dir, const char *signature,
+                          const std::string &rules, const std::string &log)
+{
+    std::string rulesFile = dir + "/rules-" + signature + ".txt";
+    HarnessWriteFile(rulesFile, rules);
+    return HarnessSpawn({vesk, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, "",
+                        dir + "/partner.err");
+}
+
+std::string HarnessInstallTopolux(const std::string &vesk, const std::string &applications, const std::string &rules)
+{
+    std::string folder = applications + "/TOPOLUX Folder";
+    std::filesystem::create_directories(folder);
+    HarnessWriteFile(folder + "/rules.txt", rules);
+    HarnessWriteFile(folder + "/TOPOLUX",
+                     "#!/bin/sh\nexec " + vesk +
+                         " partner --as TPX1 --name TOPOLUX --rules \"$(dirname \"$0\")/rules.txt\""
+                         " --log \"$(dirname \"$0\")/partner.log\" \"$@\"\n",
+                     true);
+    return folder + "/partner.log";
 }
 
 std::vector<std::string> HarnessLoggedIds(const std::string &log)

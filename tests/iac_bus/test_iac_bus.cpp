@@ -146,10 +146,7 @@ protected:
 
     pid_t StartPartner(const char *signature, const std::string &rules, const std::string &log)
     {
-        std::string rulesFile = temp + "/rules-" + signature + ".txt";
-        HarnessWriteFile(rulesFile, rules);
-        pid_t pid = HarnessSpawn({VESK_PATH, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, "",
-                                 temp + "/partner.err");
+        pid_t pid = HarnessStartPartner(VESK_PATH, temp, signature, rules, log);
         partners.push_back(pid);
         return pid;
     }
@@ -176,14 +173,7 @@ protected:
 TEST_F(IacBusTest, RoundTripWithAPartnerTheHostLaunches)
 {
     /* TOPOLUX in its default place: a script that becomes a vesk partner. */
-    std::string folder = temp + "/Applications/TOPOLUX Folder";
-    std::filesystem::create_directories(folder);
-    HarnessWriteFile(folder + "/rules.txt", "on SHOW send MSSG=INFO LST2=$LST2\n");
-    HarnessWriteFile(folder + "/TOPOLUX",
-                     "#!/bin/sh\nexec " VESK_PATH " partner --as TPX1 --name TOPOLUX "
-                     "--rules \"$(dirname \"$0\")/rules.txt\" --log \"$(dirname \"$0\")/partner.log\" \"$@\"\n",
-                     true);
-    std::string log = folder + "/partner.log";
+    std::string log = HarnessInstallTopolux(VESK_PATH, temp + "/Applications", "on SHOW send MSSG=INFO LST2=$LST2\n");
     launchedLogs.push_back(log);
 
     StartHost();

@@ -109,30 +109,17 @@ protected:
     /* A vesk partner started by the test. */
     pid_t StartPartner(const char *signature, const std::string &rules)
     {
-        std::string rulesFile = temp + "/rules-" + signature + ".txt";
-        HarnessWriteFile(rulesFile, rules);
-        pid_t pid = HarnessSpawn({HarnessSiblingPath("vesk", VESK_PATH), "partner", "--as", signature, "--rules",
-                                  rulesFile, "--log", PartnerLog(signature)},
-                                 "", temp + "/partner.err");
+        pid_t pid = HarnessStartPartner(HarnessSiblingPath("vesk", VESK_PATH), temp, signature, rules,
+                                        PartnerLog(signature));
         partners.push_back(pid);
         return pid;
     }
 
-    /* TOPOLUX in its default place: a script the plug-in launches, which becomes a vesk
-     * partner logging to the returned file. */
+    /* TOPOLUX in its default place, for the plug-in to launch. */
     std::string InstallTopolux(const std::string &rules)
     {
-        std::string folder = temp + "/Applications/TOPOLUX Folder";
-        std::filesystem::create_directories(folder);
-        HarnessWriteFile(folder + "/rules.txt", rules);
-        std::string log = folder + "/partner.log";
-        HarnessWriteFile(folder + "/TOPOLUX",
-                         "#!/bin/sh\nexec " + HarnessSiblingPath("vesk", VESK_PATH) +
-                             " partner --as TPX1 --name TOPOLUX --rules \"$(dirname \"$0\")/rules.txt\""
-                             " --log \"$(dirname \"$0\")/partner.log\" \"$@\"\n",
-                         true);
-        launchedLogs.push_back(log);
-        return log;
+        launchedLogs.push_back(HarnessInstallTopolux(HarnessSiblingPath("vesk", VESK_PATH), temp + "/Applications", rules));
+        return launchedLogs.back();
     }
 
     std::vector<std::string> Dialogs()
