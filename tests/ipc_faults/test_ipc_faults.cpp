@@ -118,7 +118,8 @@ protected:
     /* TOPOLUX in its default place, for the plug-in to launch. */
     std::string InstallTopolux(const std::string &rules)
     {
-        launchedLogs.push_back(HarnessInstallTopolux(HarnessSiblingPath("vesk", VESK_PATH), temp + "/Applications", rules));
+        std::string vesk = HarnessSiblingPath("vesk", VESK_PATH);
+        launchedLogs.push_back(HarnessInstallTopolux(vesk, temp + "/Applications", rules));
         return launchedLogs.back();
     }
 
