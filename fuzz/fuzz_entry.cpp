@@ -40,14 +40,15 @@ bool ArmHostFailure(uint8_t failure)
     return true;
 }
 
-long ExternalId(uint8_t pick)
+/* Every id of the table, and ids outside it. */
+long PickFunctionId(uint8_t pick)
 {
     switch (pick % 72) {
-    case 66: return 66;
-    case 67: return -1;
-    case 68: return -5;
-    case 69: return 1000;
-    default: return pick % 66;
+    case kFunctionCount: return kFunctionCount;
+    case kFunctionCount + 1: return -1;
+    case kFunctionCount + 2: return -5;
+    case kFunctionCount + 3: return 1000;
+    default: return pick % kFunctionCount;
     }
 }
 
@@ -122,10 +123,10 @@ int FuzzEntryOneInput(const uint8_t *data, size_t size)
             PlatformClockAdvance(in.Byte() * 10u);
             break;
         default: {
-            long id = ExternalId(in.Byte());
+            long id = PickFunctionId(in.Byte());
             uint8_t failure = in.Byte();
             std::string argument = HarnessConfineArgument(id, in.Text());
-            if ((id == 14 || id == 15) && (failure & 0x80))
+            if ((id == kTPX1AskUserForFileNameToRead || id == kTPX1AskUserForFileNameToWrite) && (failure & 0x80))
                 PlatformDialogQueueFileAnswer(HarnessClassic("Apps/Chosen.txt").c_str());
             ArmHostFailure(failure);
             HostCallExternal(plugin, static_cast<int32_t>(id), argument);

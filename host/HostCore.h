@@ -12,6 +12,7 @@
 #include <string>
 #include <unordered_map>
 #include <vector>
+#include "plugin/ExternalIds.h"
 #include "plugin/FMXExtern.h"
 
 /* ---- Host memory ---- */
@@ -48,7 +49,7 @@ struct HostPlugin {
     void *library = nullptr;        /* dlopen handle, or null when linked in */
     int16_t resFileRef = -1;
     std::string path;
-    std::string names[66];          /* display names from the resource file, "" if unknown */
+    std::string names[kFunctionCount]; /* display names from the resource file, "" if unknown */
     /* lower-cased display name -> function id, made from names at the first look-up */
     mutable std::unordered_map<std::string, int> ids;
 };

@@ -18,7 +18,6 @@
 namespace {
 
 const int16_t kFunctionNamesList = 144;   /* STR# 144: item id+1 is function id's name */
-const int kFunctionCount = 66;
 int16_t gHostVersionInUse = 60;           /* the version the last Init announced */
 
 std::string DefaultPluginPath(void)

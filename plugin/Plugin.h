@@ -6,6 +6,7 @@
 #ifndef TPX1_PLUGIN_H
 #define TPX1_PLUGIN_H
 
+#include "plugin/ExternalIds.h"
 #include "plugin/FMXExtern.h"
 #include "platform/MacTypes.h"
 
@@ -45,7 +46,6 @@ extern const char kPluginVersionText[];   /* "TOPOLUX plugin ver 8.0" */
 struct ResourceItem { OSType type; int16_t id; int16_t index; const char *text; };
 extern const ResourceItem gPluginResources[];
 extern const int gPluginResourceCount;
-enum { kFunctionCount = 66 };
 /* Looks an item up in the current resource file, then in the plug-in's own table. */
 bool GetPluginResourceText(OSType type, short id, short index, char *dest, long destSize);
 

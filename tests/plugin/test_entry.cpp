@@ -2,14 +2,17 @@
  * test_entry.cpp: the plug-in loaded as a host loads it (dlopen of tpx1.fmx, calls
  * through FMExternCallProc with fmhost's host memory): the Init version range, the
  * current resource file around every call, the dispatcher's handling of ids and
- * arguments, the character functions, and an error report's exact text.
+ * arguments, the character functions, an error report's exact text, and the function
+ * table against the names in the written resource file.
  */
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "host/HostCore.h"
 #include "platform/Toolbox.h"
+#include "plugin/ExternalFunctionInfo.h"
 
 namespace {
 
@@ -77,7 +80,7 @@ TEST_F(PluginEntry, CharacterFunctionsAndUnknownIds)
     EXPECT_EQ("\t", Call("TPX1TabChar", "ignored"));
     EXPECT_EQ("\r", Call("TPX1ReturnChar", ""));
     EXPECT_EQ("\"", Call("TPX1DoubleQuoteChar", ""));
-    for (int id : {66, -5, -1, 1000})
+    for (int id : {int(kFunctionCount), -5, -1, 1000})
         EXPECT_EQ("", HostCallExternal(&plugin, id, "65"));
     EXPECT_EQ(0, PlatformDialogRecordedCount()) << "unknown ids report nothing";
     HostShutdown(&plugin);
@@ -104,6 +107,36 @@ TEST_F(PluginEntry, ArgumentThatCannotBeTerminatedIsReportedAndNothingRuns)
     EXPECT_EQ("Not enough memory to complete this operation.\r\r\r\r", LastDialogText());
     EXPECT_EQ("", Call("TPX1GetGlobal", "Count"));
     HostShutdown(&plugin);
+}
+
+TEST_F(PluginEntry, TableGivesEveryIdOnceInOrderWithItsNameAndSynopsis)
+{
+    char line[kSynopsisSize];
+    for (long id = 0; id < kFunctionCount; id++) {
+        const ExternalFunctionInfo *info = GetExternalFunctionInfo(id);
+        ASSERT_NE(nullptr, info) << id;
+        EXPECT_EQ(id, info->id);
+        EXPECT_EQ(plugin.names[id], info->name) << "STR# 144 item " << id + 1;
+        EXPECT_EQ(id, HostFunctionId(&plugin, info->name)) << info->name << " appears once";
+        EXPECT_EQ(info, FindExternalFunctionByName(info->name));
+        EXPECT_NE(0u, strlen(info->summary)) << info->name;
+        EXPECT_EQ(0, GetExternalFunctionSynopsis(id, line, sizeof line)) << info->name;
+    }
+    Str255 past;
+    UseResFile(plugin.resFileRef);
+    GetIndString(past, 144, kFunctionCount + 1);
+    EXPECT_EQ(0, past[0]) << "STR# 144 has no item after the last function";
+    EXPECT_EQ(nullptr, GetExternalFunctionInfo(kFunctionCount));
+    EXPECT_EQ(nullptr, GetExternalFunctionInfo(-1));
+    EXPECT_EQ(kTPX1GetNextMessage, FindExternalFunctionByName("tpx1getnextmessage")->id);
+    EXPECT_EQ(nullptr, FindExternalFunctionByName("TPX1NoSuchFunction"));
+
+    EXPECT_EQ(0, GetExternalFunctionSynopsis(kTPX1AppendToGlobal, line, sizeof line));
+    EXPECT_STREQ("TPX1AppendToGlobal(name[|NODUPES]|value) - appends to a global (NODUPES: only lines it lacks)",
+                 line);
+    EXPECT_EQ(-1, GetExternalFunctionSynopsis(kTPX1AppendToGlobal, line, 20));
+    EXPECT_STREQ("", line) << "a synopsis is whole or not there";
+    EXPECT_EQ(-1, GetExternalFunctionSynopsis(kFunctionCount, line, sizeof line));
 }
 
 }  // namespace
