@@ -45,8 +45,14 @@ bool AskUserForFileNameToWrite(char *inOut)
     return true;
 }
 
-static void AskAndSetResult(long funcId, char **resultHandle, char *path, bool (*ask)(char *))
+/* Both functions copy the solution's text and ignore it: the open dialog shows no prompt
+ * of the solution's, and the save dialog starts with no proposed name. */
+static void AskAndSetResult(long funcId, char **argHandle, char **resultHandle, bool (*ask)(char *))
 {
+    char ignored[kPathSize];
+    char path[kPathSize];
+    CopyArgumentText(argHandle, ignored, sizeof ignored);
+    memset(path, 0, sizeof path);
     if (!ask(path))
         path[0] = 0;
     OSErr err = SetResultsHandle(resultHandle, path);
@@ -56,17 +62,10 @@ static void AskAndSetResult(long funcId, char **resultHandle, char *path, bool (
 
 void TPX1AskUserForFileNameToRead(long funcId, char **argHandle, char **resultHandle)
 {
-    char prompt[kPathSize];
-    char path[kPathSize];
-    CopyArgumentText(argHandle, prompt, sizeof prompt);   /* the solution's prompt is not shown */
-    memset(path, 0, sizeof path);
-    AskAndSetResult(funcId, resultHandle, path, AskUserForFileNameToRead);
+    AskAndSetResult(funcId, argHandle, resultHandle, AskUserForFileNameToRead);
 }
 
 void TPX1AskUserForFileNameToWrite(long funcId, char **argHandle, char **resultHandle)
 {
-    char path[kPathSize];
-    memset(path, 0, sizeof path);
-    CopyArgumentText(argHandle, path, sizeof path);      /* the proposed name */
-    AskAndSetResult(funcId, resultHandle, path, AskUserForFileNameToWrite);
+    AskAndSetResult(funcId, argHandle, resultHandle, AskUserForFileNameToWrite);
 }

@@ -16,20 +16,6 @@
 
 typedef void (*ExternalFunction)(long funcId, char **argHandle, char **resultHandle);
 
-/* As the host reaches it, asking for a file name to write ignores the solution's text:
- * the save dialog starts with an empty proposed name. */
-static void AskUserForFileNameToWriteAsDispatched(long funcId, char **argHandle, char **resultHandle)
-{
-    char ignored[256];
-    char path[256] = {0};
-    strcpyFHandleToCStr(ignored, sizeof ignored, argHandle);
-    if (!AskUserForFileNameToWrite(path))
-        path[0] = 0;
-    OSErr err = SetResultsHandle(resultHandle, path);
-    if (err != 0)
-        ReportErrorToUser(funcId, err);
-}
-
 static const ExternalFunction gExternalFunctions[kFunctionCount] = {
 #define TPX1_EXTERNAL(id, Name, implementation, argLimit, args, summary) implementation,
 #include "plugin/ExternalFunctions.def"

@@ -1,7 +1,7 @@
 /*
  * test_fileops.cpp: exists, copy, delete, reading a slice, listing a folder, the write
- * and read helpers, the file dialogs and the zip messages, with their failure texts
- * driven by fault injection.
+ * and read helpers and the zip messages, with their failure texts driven by fault
+ * injection.
  */
 #include "FilesFixture.h"
 
@@ -269,16 +269,6 @@ TEST_F(FilesTest, WriteAndReadHelpers)
     dialogs = TakeDialogs();
     ASSERT_EQ(dialogs.size(), 1u);
     EXPECT_EQ(dialogs[0], "Error writing to file:\r" + path);
-}
-
-TEST_F(FilesTest, FileDialogsAnswerAPathOrNothing)
-{
-    PlatformDialogQueueFileAnswer(Classic("chosen.txt").c_str());
-    EXPECT_EQ(Call(TPX1AskUserForFileNameToRead, 14, "Pick one"), Classic("chosen.txt"));
-    EXPECT_EQ(Call(TPX1AskUserForFileNameToRead, 14, ""), "") << "cancelled";
-    PlatformDialogQueueFileAnswer(Classic("Out:save.zip").c_str());
-    EXPECT_EQ(Call(TPX1AskUserForFileNameToWrite, 15, "proposed.zip"), Classic("Out:save.zip"));
-    EXPECT_EQ(Call(TPX1AskUserForFileNameToWrite, 15, "proposed.zip"), "");
 }
 
 TEST_F(FilesTest, ZipFunctionsAreNotSupported)

@@ -2,19 +2,40 @@
  * test_entry.cpp: the plug-in loaded as a host loads it (dlopen of tpx1.fmx, calls
  * through FMExternCallProc with fmhost's host memory): the Init version range, the
  * current resource file around every call, the dispatcher's handling of ids and
- * arguments, the character functions, an error report's exact text, and the function
- * table against the names in the written resource file.
+ * arguments, the character functions, the file dialogs, an error report's exact text,
+ * and the function table against the names in the written resource file.
  */
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "host/HostCore.h"
+#include "platform/Services.h"
 #include "platform/Toolbox.h"
 #include "plugin/ExternalFunctionInfo.h"
 
 namespace {
+
+/* File dialogs that answer a fixed choice, or cancel, and keep the name proposed. */
+bool gFileDialogsCancel = false;
+std::string gProposedName = "<none>";
+
+OSErr ChooseFileAnswering(const char *, const char *, char *path, int32_t pathSize)
+{
+    snprintf(path, (size_t)pathSize, "%s", gFileDialogsCancel ? "" : "Disk:chosen.txt");
+    return gFileDialogsCancel ? userCanceledErr : noErr;
+}
+
+OSErr PutFileAnswering(const char *, const char *, const char *proposedName, char *folderPath,
+                       int32_t folderSize, char *fileName, int32_t nameSize)
+{
+    gProposedName = proposedName;
+    snprintf(folderPath, (size_t)folderSize, "%s", gFileDialogsCancel ? "" : "Disk:Out:");
+    snprintf(fileName, (size_t)nameSize, "%s", gFileDialogsCancel ? "" : "save.zip");
+    return gFileDialogsCancel ? userCanceledErr : noErr;
+}
 
 class PluginEntry : public ::testing::Test {
 protected:
@@ -107,6 +128,25 @@ TEST_F(PluginEntry, ArgumentThatCannotBeTerminatedIsReportedAndNothingRuns)
     EXPECT_EQ("Not enough memory to complete this operation.\r\r\r\r", LastDialogText());
     EXPECT_EQ("", Call("TPX1GetGlobal", "Count"));
     HostShutdown(&plugin);
+}
+
+TEST_F(PluginEntry, FileDialogsIgnoreTheSolutionsTextAndAnswerThePath)
+{
+    Tpx1DialogMethods answering = *PlatformInstallDialogs(nullptr);
+    answering.xChooseFile = ChooseFileAnswering;
+    answering.xPutFile = PutFileAnswering;
+    PlatformInstallDialogs(&answering);
+    HostInit(&plugin, 60);
+    gFileDialogsCancel = false;
+    EXPECT_EQ("Disk:chosen.txt", Call("TPX1AskUserForFileNameToRead", "Pick one"));
+    EXPECT_EQ("Disk:Out:save.zip", Call("TPX1AskUserForFileNameToWrite", "proposed.zip"));
+    EXPECT_EQ("", gProposedName) << "the save dialog proposes no name";
+    gFileDialogsCancel = true;
+    EXPECT_EQ("", Call("TPX1AskUserForFileNameToRead", ""));
+    EXPECT_EQ("", Call("TPX1AskUserForFileNameToWrite", "proposed.zip"));
+    HostShutdown(&plugin);
+    PlatformDialogUseRecorder();
+    EXPECT_EQ(0, PlatformDialogRecordedCount());
 }
 
 TEST_F(PluginEntry, TableGivesEveryIdOnceInOrderWithItsNameAndSynopsis)
