@@ -391,11 +391,13 @@ namespace {
 int FirstPathField(long funcId)
 {
     switch (funcId) {
-    case 7: case 8: case 9: case 10: case 51: case 58: case 61: case 63:
+    case kTPX1ResolveRelativePath: case kTPX1FileExists: case kTPX1CopyFile: case kTPX1DeleteFile:
+    case kTPX1SetTopoluxMapInfo: case kTPX1GetRepformYearsFromIDs: case kTPX1GetListOfFilesInFolder:
+    case kTPX1FileSystemRepresentationFromClassicPath:
         return 0;
-    case 59:
+    case kTPX1ChangeRepformIDsInFile:
         return 1;
-    case 60:
+    case kTPX1GetCharsFromFile:
         return 2;
     default:
         return -1;
@@ -437,7 +439,7 @@ std::string ConfinePath(std::string field)
 
 std::string HarnessConfineArgument(long funcId, const std::string &argument)
 {
-    if (funcId == 23 || funcId == 24) {
+    if (funcId == kTPX1SetGlobal || funcId == kTPX1AppendToGlobal) {
         /* The application folder is where relative paths start: it must stay ours. */
         static const std::string kAppFolder = "App Folder with Delim|";
         return argument.compare(0, kAppFolder.size(), kAppFolder) == 0 ? "Ignored|" : argument;
@@ -455,7 +457,7 @@ std::string HarnessConfineArgument(long funcId, const std::string &argument)
             break;
         start = bar + 1;
     }
-    if (funcId == 60 && fields.size() > 1 && atol(fields[1].c_str()) > (1L << 20))
+    if (funcId == kTPX1GetCharsFromFile && fields.size() > 1 && atol(fields[1].c_str()) > (1L << 20))
         fields[1] = std::to_string(1L << 20);   /* the host fills every block it gives */
     std::string confined;
     for (size_t i = 0; i < fields.size(); i++) {

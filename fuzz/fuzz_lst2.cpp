@@ -210,12 +210,13 @@ int FuzzLst2OneInput(const uint8_t *data, size_t size)
     const char *message[] = {"MSSG", "INFO", "SIGN", "TPX1", "LST2", text.c_str(), "LAT ", "38.5", "LONG", "-77.0"};
     if (ArchiveMessageForTesting(message, 5) != noErr)
         HarnessFail("cannot archive a message", "");
-    HostCallExternal(plugin, 36, "");
+    HostCallExternal(plugin, kTPX1GetNextMessage, "");
 
     bool fileError = false;
     std::string expected = ModelColumns(format, text, &fileError);
     HarnessTakeDialogs();
-    ExpectSame("TPX1GetParameterLST2 differs from its rule", expected, HostCallExternal(plugin, 38, format));
+    ExpectSame("TPX1GetParameterLST2 differs from its rule", expected,
+               HostCallExternal(plugin, kTPX1GetParameterLST2, format));
     std::vector<std::string> dialogs = HarnessTakeDialogs();
     if (fileError != !dialogs.empty())
         HarnessFail("TPX1GetParameterLST2 with FILE: error shown unlike its rule", std::to_string(dialogs.size()));
@@ -223,18 +224,18 @@ int FuzzLst2OneInput(const uint8_t *data, size_t size)
     char line[1024];
     NthLineInTextNonOptimized(text.c_str(), lineNumber, line, sizeof line);
     ExpectSame("TPX1GetParameterLST2Line differs from the line fetcher", text.empty() ? "" : line,
-               HostCallExternal(plugin, 39, std::to_string(lineNumber)));
+               HostCallExternal(plugin, kTPX1GetParameterLST2Line, std::to_string(lineNumber)));
     if (text.compare(0, 7, "NODUPES") != 0) {
         static char nth[5000];
         NthLineInTextNonOptimized(text.c_str(), lineNumber, nth, sizeof nth);
         ExpectSame("TPX1GetNthLine differs from the line fetcher", nth,
-                   HostCallExternal(plugin, 62, std::to_string(lineNumber + 1) + "|" + text));
+                   HostCallExternal(plugin, kTPX1GetNthLine, std::to_string(lineNumber + 1) + "|" + text));
     }
-    ExpectSame("TPX1GetParameterLatLong", "38.5 -77.0", HostCallExternal(plugin, 40, ""));
+    ExpectSame("TPX1GetParameterLatLong", "38.5 -77.0", HostCallExternal(plugin, kTPX1GetParameterLatLong, ""));
 
     /* The outgoing list: copied from the incoming one, then cleaned in place. */
-    HostCallExternal(plugin, 54, "");
-    HostCallExternal(plugin, 44, "");
+    HostCallExternal(plugin, kTPX1CopyIncomingLST2ToOutgoingLST2, "");
+    HostCallExternal(plugin, kTPX1ProcessLST2ParameterForTopolux, "");
     HarnessUseStandingBlock();
     std::vector<char> outgoing(text.size() + 2);
     GetOutgoingMessageParameterInListAsStr("LST2", outgoing.data(), (long)outgoing.size(), 1);

@@ -157,7 +157,7 @@ int FuzzPathsOneInput(const uint8_t *data, size_t size)
 
     /* The external function, as a calculation calls it. */
     if (path.find('|') == std::string::npos && path.size() <= 255) {
-        std::string result = HostCallExternal(plugin, 7, path + "|" + reference);
+        std::string result = HostCallExternal(plugin, kTPX1ResolveRelativePath, path + "|" + reference);
         base = gBaseDirectory[0] ? std::string(gBaseDirectory) : appFolder;
         if (result != "Error: DetermineBaseDirectoryFromTheReferenceFile returned an error" &&
             result != ModelResolve(base, path))

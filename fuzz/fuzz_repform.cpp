@@ -135,7 +135,8 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
     /* The rewrite. */
     int newYear = yearByte >= 250 ? (yearByte & 1 ? 1999 : 2010) : 2000 + yearByte % 10;
     if ((mode & 0x10) || newYear < 2000 || newYear > 2009) {
-        std::string result = HostCallExternal(plugin, 59, std::to_string(newYear) + "|" + path);
+        std::string result =
+            HostCallExternal(plugin, kTPX1ChangeRepformIDsInFile, std::to_string(newYear) + "|" + path);
         bool outOfRange = newYear < 2000 || newYear > 2009;
         std::string expectedResult =
             outOfRange ? "Programmer Error: TPX1ChangeRepformIDsInFile year must be between 2000 and 2009" : "";
@@ -158,7 +159,7 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
         HarnessFail("the rewrite differs from the rule", difference);
 
     /* The external scan on what the rewrite left. */
-    std::string result = HostCallExternal(plugin, 58, path);
+    std::string result = HostCallExternal(plugin, kTPX1GetRepformYearsFromIDs, path);
     if (result != ModelYearsText(rewritten))
         HarnessFail("TPX1GetRepformYearsFromIDs differs from the rule", result);
     if (!HarnessTakeDialogs().empty())

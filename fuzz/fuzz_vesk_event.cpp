@@ -68,11 +68,12 @@ int FuzzVeskEventOneInput(const uint8_t *data, size_t size)
         PlatformMemoryBusAddApp(FOUR_CHAR('T', 'P', 'X', '1'), "TOPOLUX", "/opt/TOPOLUX");
     if (setup & 2)
         PlatformMemoryBusAddApp(FOUR_CHAR('N', 'M', 'B', '5'), "NIMBO", "/opt/NIMBO");
-    HostCallExternal(plugin, 17, (setup & 0x20) ? in.Text() : std::string(kAllHandled));
+    HostCallExternal(plugin, kTPX1SetHandledMessages, (setup & 0x20) ? in.Text() : std::string(kAllHandled));
     if (setup & 4) {
-        HostCallExternal(plugin, 46, "GETINFO|GOTOME|GETINFOFILE|GETRIDSINFO|LINK|UNLINK|GETINFO|LINK|x|UNLINK");
-        HostCallExternal(plugin, 56, "GOTOME|GETRIDSINFO|GETINFO|GOTOME|GETRIDSINFO");
-        HostCallExternal(plugin, 45, "Solution|Info;Go;File;Rids;Link;Unlink");
+        HostCallExternal(plugin, kTPX1SetTopoluxSharingMenuActions,
+                         "GETINFO|GOTOME|GETINFOFILE|GETRIDSINFO|LINK|UNLINK|GETINFO|LINK|x|UNLINK");
+        HostCallExternal(plugin, kTPX1SetNimboSharingMenuActions, "GOTOME|GETRIDSINFO|GETINFO|GOTOME|GETRIDSINFO");
+        HostCallExternal(plugin, kTPX1SetTopoluxSharingMenu, "Solution|Info;Go;File;Rids;Link;Unlink");
     }
     if (setup & 8) {
         for (long id : {47L, 48L, 49L, 50L, 57L})
@@ -80,7 +81,7 @@ int FuzzVeskEventOneInput(const uint8_t *data, size_t size)
     }
     bool straight = (setup & 0x10) != 0;
     if (!straight)
-        HostCallExternal(plugin, 22, "");
+        HostCallExternal(plugin, kTPX1InitIAC, "");
     HarnessTakeDialogs();
 
     bool damaged[kArchiveSlotCount] = {false};
@@ -120,12 +121,12 @@ int FuzzVeskEventOneInput(const uint8_t *data, size_t size)
     /* The solution reads every kept message, oldest first. */
     int kept = OccupiedSlots();
     for (int i = 0; i <= kept; i++) {
-        HostCallExternal(plugin, 36, "");
-        HostCallExternal(plugin, 37, "LST2");
-        HostCallExternal(plugin, 38, "TOPOLUXID TAB LAYERNAME TAB MAPNAME RETURN");
-        HostCallExternal(plugin, 39, "0");
-        HostCallExternal(plugin, 40, "");
-        HostCallExternal(plugin, 35, "");
+        HostCallExternal(plugin, kTPX1GetNextMessage, "");
+        HostCallExternal(plugin, kTPX1GetParameter, "LST2");
+        HostCallExternal(plugin, kTPX1GetParameterLST2, "TOPOLUXID TAB LAYERNAME TAB MAPNAME RETURN");
+        HostCallExternal(plugin, kTPX1GetParameterLST2Line, "0");
+        HostCallExternal(plugin, kTPX1GetParameterLatLong, "");
+        HostCallExternal(plugin, kTPX1ClearIncomingMessage, "");
     }
     if (OccupiedSlots() != 0)
         HarnessFail("the archive is not empty after reading every message", std::to_string(OccupiedSlots()));

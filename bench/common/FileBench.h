@@ -16,6 +16,7 @@
 #include <string>
 
 #include "host/HostCore.h"
+#include "plugin/Plugin.h"
 #include "platform/Files.h"
 #include "text/TextHandles.h"
 
@@ -103,9 +104,9 @@ struct Host {
         HostMemoryInstall(&block);
         gFMX_ExternCallPtr = &block;
     }
-    std::string Call(void (*function)(long, char **, char **), long id, const std::string &argument)
+    std::string Call(long id, const std::string &argument)
     {
-        return HostCallCoreFunction(function, id, argument);
+        return HostCallCoreFunction(Plugin_External, id, argument);
     }
 };
 

@@ -38,7 +38,7 @@ int main(int argc, char **argv)
         clean();
         cp = std::min(cp, Seconds([&] { Shell("cp '" + source + "' '" + byCp + "'"); }, 1));
         clean();
-        copy = std::min(copy, Seconds([&] { result = host.Call(TPX1CopyFile, 9, argument); }, 1));
+        copy = std::min(copy, Seconds([&] { result = host.Call(kTPX1CopyFile, argument); }, 1));
     }
     bool same = result.empty() && std::filesystem::file_size(byPlugin) == (uintmax_t)size &&
                 system(("cmp -s '" + source + "' '" + byPlugin + "'").c_str()) == 0;

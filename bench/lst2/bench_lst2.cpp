@@ -29,7 +29,6 @@
 
 namespace {
 
-enum { kSetParameter = 33, kGetNextMessage = 36, kGetParameterLST2 = 38, kProcessLST2 = 44 };
 
 struct GeneratedList {
     std::string list;          /* CR-separated, as the plug-in gets it */
@@ -192,9 +191,9 @@ CleanResult TimeClean(const GeneratedList &g, int runs)
     CleanResult result = {1e30, 0};
     std::string argument = "LST2|" + g.list;
     for (int r = 0; r < runs; r++) {
-        External(kSetParameter, argument);
+        External(kTPX1SetParameter, argument);
         double start = ProcessSeconds();
-        External(kProcessLST2, "");
+        External(kTPX1ProcessLST2ParameterForTopolux, "");
         result.seconds = std::min(result.seconds, ProcessSeconds() - start);
     }
     std::string cleaned = OutgoingList();
@@ -268,12 +267,12 @@ int main(int argc, char **argv)
         fprintf(stderr, "bench_lst2: cannot archive the list\n");
         return 1;
     }
-    External(kGetNextMessage, "");
+    External(kTPX1GetNextMessage, "");
     double readBest = 1e30;
     std::string columns;
     for (int r = 0; r < 3; r++) {
         double start = ProcessSeconds();
-        columns = External(kGetParameterLST2, "TOPOLUXID TAB MAPNAME RETURN");
+        columns = External(kTPX1GetParameterLST2, "TOPOLUXID TAB MAPNAME RETURN");
         readBest = std::min(readBest, ProcessSeconds() - start);
     }
     std::string allPath = WriteTempFile("all.txt", biggest.allLines);

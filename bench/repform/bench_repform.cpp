@@ -40,11 +40,11 @@ int main(int argc, char **argv)
 
     std::string years;
     double cat = Seconds([&] { Shell(catCommand); });
-    double scan = Seconds([&] { years = host.Call(TPX1GetRepformYearsFromIDs, 58, classic); });
+    double scan = Seconds([&] { years = host.Call(kTPX1GetRepformYearsFromIDs, classic); });
     double grep = Seconds([&] { Shell(grepCommand); });
     std::string changed;
-    double rewrite = Seconds([&] { changed = host.Call(TPX1ChangeRepformIDsInFile, 59, "2006|" + classic); }, 1);
-    std::string after = host.Call(TPX1GetRepformYearsFromIDs, 58, classic);
+    double rewrite = Seconds([&] { changed = host.Call(kTPX1ChangeRepformIDsInFile, "2006|" + classic); }, 1);
+    std::string after = host.Call(kTPX1GetRepformYearsFromIDs, classic);
 
     printf("years found: \"%s\"; after the rewrite: \"%s\"\n", years.c_str(), after.c_str());
     PrintRatio("scan", scan, "cat > /dev/null", cat, 1.5);

@@ -26,12 +26,11 @@ void StoreTest::TearDown()
     CoreHostTest::TearDown();
 }
 
-std::string StoreTest::Call(void (*fn)(long, char **, char **), long funcId, const std::string &arg,
-                            const std::string &resultBefore)
+std::string StoreTest::Call(long funcId, const std::string &arg, const std::string &resultBefore)
 {
     FMX_Handle argHandle = HostNewTextHandle(arg + std::string(1, '\0'));
     FMX_Handle result = HostNewTextHandle(resultBefore);
-    fn(funcId, argHandle, result);
+    Plugin_External(funcId, argHandle, result);
     std::string out = HostHandleBytes(result);
     HostDisposeHandle(argHandle);
     HostDisposeHandle(result);

@@ -8,16 +8,16 @@
 #include <string>
 
 #include "CoreTestHost.h"
+#include "plugin/ExternalIds.h"
 #include "store/DataNode.h"
 
 class StoreTest : public CoreHostTest {
 protected:
     void SetUp() override;
     void TearDown() override;
-    /* Calls an external function the way the dispatcher does: a NUL-terminated
-     * argument, a host result handle that starts with resultBefore. */
-    std::string Call(void (*fn)(long, char **, char **), long funcId, const std::string &arg,
-                     const std::string &resultBefore = "");
+    /* Calls an external function through the dispatcher: a NUL-terminated argument,
+     * a host result handle that starts with resultBefore. */
+    std::string Call(long funcId, const std::string &arg, const std::string &resultBefore = "");
 public:
     static std::string Value(const char *name, DataNode *first);
     /* "name=value" for each node, "name~" for a node with no data handle. */

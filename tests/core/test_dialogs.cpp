@@ -98,13 +98,13 @@ TEST_F(DialogTest, KindsIconsCaptionsAndBeeps)
 
 TEST_F(DialogTest, ErrorReportTexts)
 {
-    ReportErrorToUser(25, -117);
+    ReportErrorToUser(kTPX1UnsetGlobal, -117);
     EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1UnsetGlobal.\r\rError: -117\r\r");
     EXPECT_EQ(Last()->kind, 'M');
     EXPECT_STREQ(Last()->buttons[0], "OK");
     EXPECT_FALSE(Last()->shown[1]);
     EXPECT_EQ(Last()->icon, -1);
-    ReportErrorToUser(33, -108);
+    ReportErrorToUser(kTPX1SetParameter, -108);
     EXPECT_EQ(LastDialogText(),
               "An error occurred in the plug-in function TPX1SetParameter.\r\rNot enough memory to complete this operation.\r\r");
     ReportErrorToUser(-1, -2802);
@@ -132,13 +132,13 @@ TEST_F(DialogTest, ErrorReportTexts)
 
 TEST_F(DialogTest, ShowMessageAnswersTheButton)
 {
-    EXPECT_EQ(Call(TPX1ShowMessage, 6, ""), "1");
+    EXPECT_EQ(Call(kTPX1ShowMessage, ""), "1");
     EXPECT_EQ(LastDialogText(), "");
     PlatformDialogQueueAnswer(3);
-    EXPECT_EQ(Call(TPX1ShowMessage, 6, "Hi\rthere", "old"), "3");
+    EXPECT_EQ(Call(kTPX1ShowMessage, "Hi\rthere", "old"), "3");
     EXPECT_EQ(LastDialogText(), "Hi\rthere");
     PlatformDialogQueueAnswer(-1);
-    EXPECT_EQ(Call(TPX1ShowMessage, 6, "lost", "old"), "old");
+    EXPECT_EQ(Call(kTPX1ShowMessage, "lost", "old"), "old");
 
     char s[256];
     my_numtostring(-42, s);

@@ -23,26 +23,26 @@ protected:
 
 TEST_F(GlobalsTest, SetGlobalForms)
 {
-    Call(TPX1SetGlobal, 23, "Empty|");
+    Call(kTPX1SetGlobal, "Empty|");
     EXPECT_EQ(Value("Empty", gUserGlobalsDataNodeList), "");
     EXPECT_NE(FindDataNodeInList("Empty", gUserGlobalsDataNodeList), nullptr);
-    Call(TPX1SetGlobal, 23, "Three|b|c");
+    Call(kTPX1SetGlobal, "Three|b|c");
     EXPECT_EQ(Value("Three", gUserGlobalsDataNodeList), "b|c");
     std::string longValue(1000, 'v');
-    Call(TPX1SetGlobal, 23, "Long|" + longValue);
+    Call(kTPX1SetGlobal, "Long|" + longValue);
     EXPECT_EQ(Value("Long", gUserGlobalsDataNodeList), longValue);
     EXPECT_EQ(DialogCount(), 0);
 
-    Call(TPX1SetGlobal, 23, "NoBar");
+    Call(kTPX1SetGlobal, "NoBar");
     EXPECT_EQ(LastDialogText(), kSetGlobalError222);
     EXPECT_EQ(FindDataNodeInList("NoBar", gUserGlobalsDataNodeList), nullptr);
 
-    Call(TPX1SetGlobal, 23, "App Signature|XXXX");
+    Call(kTPX1SetGlobal, "App Signature|XXXX");
     EXPECT_EQ(Value("App Signature", gUserGlobalsDataNodeList), "FMP5");
     EXPECT_EQ(DialogCount(), 1);
 
-    EXPECT_EQ(Call(TPX1GetGlobal, 26, "Three", "old"), "b|c");
-    EXPECT_EQ(Call(TPX1GetGlobal, 26, "Missing", "old"), "");
+    EXPECT_EQ(Call(kTPX1GetGlobal, "Three", "old"), "b|c");
+    EXPECT_EQ(Call(kTPX1GetGlobal, "Missing", "old"), "");
     char buf[4];
     EXPECT_EQ(GetGlobalInListAsStr("Three", buf, sizeof buf), 0);
     EXPECT_EQ(GetGlobalInListAsStr("Long", buf, sizeof buf), 1);
@@ -55,45 +55,45 @@ TEST_F(GlobalsTest, SetGlobalForms)
 
 TEST_F(GlobalsTest, AppendUnsetAndScripts)
 {
-    Call(TPX1AppendToGlobal, 24, "Lines|NODUPES|one");
-    Call(TPX1AppendToGlobal, 24, "Lines|NODUPES|one");
+    Call(kTPX1AppendToGlobal, "Lines|NODUPES|one");
+    Call(kTPX1AppendToGlobal, "Lines|NODUPES|one");
     EXPECT_EQ(Value("Lines", gUserGlobalsDataNodeList), "one\r");
-    Call(TPX1AppendToGlobal, 24, "Text|ab");
-    Call(TPX1AppendToGlobal, 24, "Text|NODUPESX|cd");
-    Call(TPX1AppendToGlobal, 24, "Text|NODUPES");
-    Call(TPX1AppendToGlobal, 24, "Text");
+    Call(kTPX1AppendToGlobal, "Text|ab");
+    Call(kTPX1AppendToGlobal, "Text|NODUPESX|cd");
+    Call(kTPX1AppendToGlobal, "Text|NODUPES");
+    Call(kTPX1AppendToGlobal, "Text");
     EXPECT_EQ(Value("Text", gUserGlobalsDataNodeList), "abNODUPESX|cd");
 
-    EXPECT_EQ(Call(TPX1AttachScriptToGlobal, 28, ""), "");
+    EXPECT_EQ(Call(kTPX1AttachScriptToGlobal, ""), "");
     EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1AttachScriptToGlobal.\r\rError: -2802\r\r");
-    Call(TPX1AttachScriptToGlobal, 28, "Text");
+    Call(kTPX1AttachScriptToGlobal, "Text");
     EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -1\r\r");
-    Call(TPX1AttachScriptToGlobal, 28, "Text|");
+    Call(kTPX1AttachScriptToGlobal, "Text|");
     EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -1\r\r");
-    Call(TPX1AttachScriptToGlobal, 28, "Nope|Script");
+    Call(kTPX1AttachScriptToGlobal, "Nope|Script");
     EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -2802\r\r");
     int dialogs = DialogCount();
-    Call(TPX1AttachScriptToGlobal, 28, "Text|Recount");
-    Call(TPX1AppendToGlobal, 24, "Text|x");
+    Call(kTPX1AttachScriptToGlobal, "Text|Recount");
+    Call(kTPX1AppendToGlobal, "Text|x");
     EXPECT_EQ(QueuedScript(0), "");
-    Call(TPX1EnableGlobalScript, 29, "Text");
-    Call(TPX1AppendToGlobal, 24, "Text|");
+    Call(kTPX1EnableGlobalScript, "Text");
+    Call(kTPX1AppendToGlobal, "Text|");
     EXPECT_EQ(QueuedScript(0), "Recount");
     EXPECT_EQ(DialogCount(), dialogs);
-    EXPECT_EQ(Call(TPX1GetNameOfGlobalThatTriggeredScript, 65, "", "old"), "Text");
-    EXPECT_EQ(Call(TPX1GetNameOfGlobalThatTriggeredScript, 65, "", "old"), "");
-    Call(TPX1DisableGlobalScript, 30, "Lines");
+    EXPECT_EQ(Call(kTPX1GetNameOfGlobalThatTriggeredScript, "", "old"), "Text");
+    EXPECT_EQ(Call(kTPX1GetNameOfGlobalThatTriggeredScript, "", "old"), "");
+    Call(kTPX1DisableGlobalScript, "Lines");
     EXPECT_EQ(LastDialogText().substr(LastDialogText().find("Error")), "Error: -1\r\r");
 
-    Call(TPX1UnsetGlobal, 25, "Plugin Version");
+    Call(kTPX1UnsetGlobal, "Plugin Version");
     EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1UnsetGlobal.\r\rError: -117\r\r");
-    Call(TPX1UnsetGlobal, 25, "*");
+    Call(kTPX1UnsetGlobal, "*");
     EXPECT_EQ(Describe(gUserGlobalsDataNodeList), "App Signature=FMP5;Plugin Version=TOPOLUX plugin ver 8.0;");
 }
 
 TEST_F(GlobalsTest, Listing)
 {
-    EXPECT_EQ(Call(TPX1GetGlobalList, 27, "", "untouched"), "untouched");
+    EXPECT_EQ(Call(kTPX1GetGlobalList, "", "untouched"), "untouched");
     std::string forty(40, 'f'), thirtyTwo(32, 't'), thirtyOne(31, 'o');
     SetGlobalFromStr("Count", 0, "3");
     SetGlobalFromStr("Forty", 0, forty.c_str());
@@ -105,19 +105,19 @@ TEST_F(GlobalsTest, Listing)
 
     std::string users = "'Count'\t'3'\r'Forty'\t'" + forty.substr(0, 32) + "...'\r'ThirtyTwo'\t'" + thirtyTwo +
                         "...'\r'ThirtyOne'\t'" + thirtyOne + "'\r";
-    EXPECT_EQ(Call(TPX1GetGlobalList, 27, ""), users);
-    EXPECT_EQ(Call(TPX1GetGlobalList, 27, "sysenv detail"), users);
-    std::string detail = Call(TPX1GetGlobalList, 27, "DETAIL\tSYSENV ignored");
+    EXPECT_EQ(Call(kTPX1GetGlobalList, ""), users);
+    EXPECT_EQ(Call(kTPX1GetGlobalList, "sysenv detail"), users);
+    std::string detail = Call(kTPX1GetGlobalList, "DETAIL\tSYSENV ignored");
     EXPECT_EQ(detail.substr(0, detail.find("'Count'")),
               "'App Signature'\t'FMP5'\tSysEnv\r'Plugin Version'\t'TOPOLUX plugin ver 8.0'\tSysEnv\r");
     EXPECT_NE(detail.find("'Count'\t'3'\tUser\tRecount\tEnabled\r"), std::string::npos);
     EXPECT_NE(detail.find("...'\tUser\tOff\tDisabled\r"), std::string::npos);
-    EXPECT_EQ(Call(TPX1GetGlobalList, 27, "DETAIL x SYSENV").find("App Signature"), std::string::npos);
+    EXPECT_EQ(Call(kTPX1GetGlobalList, "DETAIL x SYSENV").find("App Signature"), std::string::npos);
 
     std::string longName(255, 'N'), longScript(255, 'S');
     SetGlobalFromStr(longName.c_str(), 0, forty.c_str());
     AttachScriptToGlobalInList(longName.c_str(), longScript.c_str());
-    std::string all = Call(TPX1GetGlobalList, 27, "DETAIL");
+    std::string all = Call(kTPX1GetGlobalList, "DETAIL");
     EXPECT_NE(all.find("'" + longName + "'\t'" + forty.substr(0, 32) + "...'\tUser\t" + longScript + "\tDisabled\r"),
               std::string::npos);
 }
@@ -128,7 +128,7 @@ TEST_F(GlobalsTest, OutOfMemoryIsReportedAndLeavesNoTrace)
         ASSERT_LT(n, 50);
         PlatformDialogClearRecord();
         HostMemorySetFailure(n, kHostFailOnce);
-        Call(TPX1AppendToGlobal, 24, "New|NODUPES|a\rb");
+        Call(kTPX1AppendToGlobal, "New|NODUPES|a\rb");
         bool failed = HostMemoryFailuresDelivered() > 0;
         HostMemorySetFailure(0, kHostFailOff);
         if (!failed)

@@ -27,7 +27,7 @@ protected:
 
 TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
 {
-    EXPECT_EQ(Call(TPX1GetNextMessage, 36, "", "old"), "");
+    EXPECT_EQ(Call(kTPX1GetNextMessage, "", "old"), "");
     EXPECT_EQ(DialogCount(), 1) << "the failed MSSG lookup of an empty archive is reported";
     EXPECT_EQ(gIncomingMessageParameterDataNodeList, nullptr);
     EXPECT_EQ(gHaveGottenAnIncomingMessageButNotClearedIt, 1);
@@ -40,24 +40,24 @@ TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
     EXPECT_EQ(FirstFreeArchiveSlot(), 3);
     gHaveSendDoScriptAndWaitingForGetNextMessage = 1;
     PlatformClockAdvance(5);
-    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "ONE ");
+    EXPECT_EQ(Call(kTPX1GetNextMessage, ""), "ONE ");
     EXPECT_EQ(gHaveSendDoScriptAndWaitingForGetNextMessage, 0);
     EXPECT_EQ(gLastGetNextMessageCallTicks, 1005u);
-    EXPECT_EQ(Call(TPX1GetParameter, 37, "XTRA"), "1");
-    EXPECT_EQ(Call(TPX1GetParameter, 37, "LST2", "old"), "");
+    EXPECT_EQ(Call(kTPX1GetParameter, "XTRA"), "1");
+    EXPECT_EQ(Call(kTPX1GetParameter, "LST2", "old"), "");
     EXPECT_EQ(gLastGetParameterCallTicks, 1005u);
-    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "TWO ");
-    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "THRE");
+    EXPECT_EQ(Call(kTPX1GetNextMessage, ""), "TWO ");
+    EXPECT_EQ(Call(kTPX1GetNextMessage, ""), "THRE");
     char buf[2];
     EXPECT_EQ(GetIncomingMessageParameterInListAsStr("XTRA", buf, sizeof buf), 0);
     EXPECT_EQ(GetIncomingMessageParameterInListAsStr("MSSG", buf, sizeof buf), 1);
-    EXPECT_EQ(Call(TPX1GetNextMessage, 36, ""), "");
+    EXPECT_EQ(Call(kTPX1GetNextMessage, ""), "");
     EXPECT_EQ(DialogCount(), 2);
     EXPECT_FALSE(AnyArchivedMessage());
 
     Archive("LAST", "x");
-    Call(TPX1GetNextMessage, 36, "");
-    Call(TPX1ClearIncomingMessage, 35, "");
+    Call(kTPX1GetNextMessage, "");
+    Call(kTPX1ClearIncomingMessage, "");
     EXPECT_EQ(gIncomingMessageParameterDataNodeList, nullptr);
     EXPECT_EQ(gHaveGottenAnIncomingMessageButNotClearedIt, 0);
     EXPECT_EQ(DialogCount(), 2);
@@ -73,16 +73,16 @@ TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
 
 TEST_F(MessageListsTest, ComposingOutgoingMessages)
 {
-    Call(TPX1SetParameter, 33, "MSSG|");
+    Call(kTPX1SetParameter, "MSSG|");
     EXPECT_EQ(Describe(gOutgoingUserMessageParameterDataNodeList), "MSSG~;");
     EXPECT_EQ(gLastSetParameterCallTicks, 1000u);
-    Call(TPX1SetParameter, 33, "MSSG");
+    Call(kTPX1SetParameter, "MSSG");
     EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1SetParameter.\r\rError: -222\r\r");
-    Call(TPX1SetParameter, 33, "MSSG|HOLA|x");
-    Call(TPX1AppendToParameter, 34, "LST2|NODUPES|a\rb");
-    Call(TPX1AppendToParameter, 34, "LST2|NODUPES|b\rc");
-    Call(TPX1AppendToParameter, 34, "TEXT|ab");
-    Call(TPX1AppendToParameter, 34, "TEXT|cd");
+    Call(kTPX1SetParameter, "MSSG|HOLA|x");
+    Call(kTPX1AppendToParameter, "LST2|NODUPES|a\rb");
+    Call(kTPX1AppendToParameter, "LST2|NODUPES|b\rc");
+    Call(kTPX1AppendToParameter, "TEXT|ab");
+    Call(kTPX1AppendToParameter, "TEXT|cd");
     EXPECT_EQ(Describe(gOutgoingUserMessageParameterDataNodeList), "MSSG=HOLA|x;LST2=a\rb\rc\r;TEXT=abcd;");
 
     EXPECT_EQ(SetOutgoingMessageParameterFromStr("MSSG", "BYE ", 2), 0);
@@ -107,7 +107,7 @@ TEST_F(MessageListsTest, ComposingOutgoingMessages)
     UnLockAllOutgoingMessageParameters(gOutgoingUserMessageParameterDataNodeList);
     EXPECT_EQ(SetOutgoingMessageParameterFromStr("LST2", std::string(100, 'g').c_str(), 1), 0);
 
-    Call(TPX1ClearOutgoingMessage, 31, "");
+    Call(kTPX1ClearOutgoingMessage, "");
     EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);
     EXPECT_EQ(Describe(gOutgoingStdBevaviorMessageParameterDataNodeList), "MSSG=BYE ;");
     DisposeOutgoingMessageParameterList(3);

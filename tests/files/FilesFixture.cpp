@@ -10,6 +10,7 @@
 
 #include "files/Paths.h"
 #include "host/HostCore.h"
+#include "plugin/Plugin.h"
 #include "platform/Faults.h"
 #include "platform/Files.h"
 #include "platform/Toolbox.h"
@@ -92,9 +93,9 @@ bool FilesTest::Exists(const std::string &relative) const
     return std::filesystem::exists(Posix(relative));
 }
 
-std::string FilesTest::Call(ExternalFunction function, long funcId, const std::string &argument)
+std::string FilesTest::Call(long funcId, const std::string &argument)
 {
-    return HostCallCoreFunction(function, funcId, argument);
+    return HostCallCoreFunction(Plugin_External, funcId, argument);
 }
 
 std::vector<std::string> FilesTest::TakeDialogs()

@@ -11,9 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "plugin/ExternalIds.h"
 #include "plugin/FMXExtern.h"
-
-typedef void (*ExternalFunction)(long funcId, char **argHandle, char **resultHandle);
 
 /* True when one of the texts contains part. */
 inline bool Contains(const std::vector<std::string> &texts, const std::string &part)
@@ -43,8 +42,9 @@ protected:
     std::string ReadFile(const std::string &relative) const;
     bool Exists(const std::string &relative) const;
 
-    /* Calls an external function with the argument text; returns the result text. */
-    std::string Call(ExternalFunction function, long funcId, const std::string &argument);
+    /* Calls an external function through the dispatcher with the argument text;
+     * returns the result text. */
+    std::string Call(long funcId, const std::string &argument);
 
     /* Texts of the dialogs recorded since the last call, and clears the record. */
     std::vector<std::string> TakeDialogs();

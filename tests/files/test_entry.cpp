@@ -34,19 +34,19 @@ TEST_F(EntryTest, FileFunctionsThroughTheEntry)
     WriteFile("Apps/BaseDirectoryList.txt", Classic("Nowhere") + "\r" + Classic("Site") + ":\r");
     const std::string ref = "|:site.ref";
 
-    EXPECT_EQ(External(7, ":x.txt"), AppFolder() + "x.txt");
-    EXPECT_EQ(External(7, ":x.txt" + ref), Classic("Site:x.txt"));
-    EXPECT_EQ(External(8, ":report.rpf" + ref), "TRUE");
-    EXPECT_EQ(External(58, ":report.rpf" + ref), "2004 2007");
-    EXPECT_EQ(External(9, ":report.rpf|:Out:copy.rpf" + ref), "");
-    EXPECT_EQ(External(61, ":Out:copy.rpf" + ref), Classic("Site:Out:copy.rpf") + "\r");
-    EXPECT_EQ(External(59, "2009|:Out:copy.rpf" + ref), "");
-    EXPECT_EQ(External(60, "8|8|:Out:copy.rpf" + ref), "CKTR2009");
-    EXPECT_EQ(External(10, ":Out:copy.rpf" + ref), "");
+    EXPECT_EQ(External(kTPX1ResolveRelativePath, ":x.txt"), AppFolder() + "x.txt");
+    EXPECT_EQ(External(kTPX1ResolveRelativePath, ":x.txt" + ref), Classic("Site:x.txt"));
+    EXPECT_EQ(External(kTPX1FileExists, ":report.rpf" + ref), "TRUE");
+    EXPECT_EQ(External(kTPX1GetRepformYearsFromIDs, ":report.rpf" + ref), "2004 2007");
+    EXPECT_EQ(External(kTPX1CopyFile, ":report.rpf|:Out:copy.rpf" + ref), "");
+    EXPECT_EQ(External(kTPX1GetListOfFilesInFolder, ":Out:copy.rpf" + ref), Classic("Site:Out:copy.rpf") + "\r");
+    EXPECT_EQ(External(kTPX1ChangeRepformIDsInFile, "2009|:Out:copy.rpf" + ref), "");
+    EXPECT_EQ(External(kTPX1GetCharsFromFile, "8|8|:Out:copy.rpf" + ref), "CKTR2009");
+    EXPECT_EQ(External(kTPX1DeleteFile, ":Out:copy.rpf" + ref), "");
     EXPECT_FALSE(Exists("Site/Out/copy.rpf"));
-    EXPECT_EQ(External(63, ":Out:new.txt" + ref), Posix("Site/Out/new.txt"));
+    EXPECT_EQ(External(kTPX1FileSystemRepresentationFromClassicPath, ":Out:new.txt" + ref), Posix("Site/Out/new.txt"));
     EXPECT_TRUE(Exists("Site/Out/new.txt"));
     EXPECT_TRUE(TakeDialogs().empty());
-    EXPECT_EQ(External(12, ""), "Error");
+    EXPECT_EQ(External(kTPX1UnzipFiles, ""), "Error");
     EXPECT_EQ(TakeDialogs(), std::vector<std::string>{"TPX1UnzipFiles is not supported on the MAC."});
 }

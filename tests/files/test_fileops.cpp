@@ -36,20 +36,20 @@ std::string Pattern(size_t size)
 TEST_F(FilesTest, FileExistsAnswersTrueOrFalse)
 {
     WriteFile("Apps/here.txt", "x");
-    EXPECT_EQ(Call(TPX1FileExists, 8, ":here.txt"), "TRUE");
-    EXPECT_EQ(Call(TPX1FileExists, 8, Classic("Apps:here.txt")), "TRUE");
-    EXPECT_EQ(Call(TPX1FileExists, 8, ":gone.txt"), "FALSE");
-    EXPECT_EQ(Call(TPX1FileExists, 8, "NoSuchVolume:x"), "FALSE");
+    EXPECT_EQ(Call(kTPX1FileExists, ":here.txt"), "TRUE");
+    EXPECT_EQ(Call(kTPX1FileExists, Classic("Apps:here.txt")), "TRUE");
+    EXPECT_EQ(Call(kTPX1FileExists, ":gone.txt"), "FALSE");
+    EXPECT_EQ(Call(kTPX1FileExists, "NoSuchVolume:x"), "FALSE");
 }
 
 TEST_F(FilesTest, CopyFileCopiesTheDataFork)
 {
-    EXPECT_EQ(Call(TPX1CopyFile, 9, ":a.txt"), "Error: vertical bar expected in TPX1CopyFile");
-    EXPECT_EQ(Call(TPX1CopyFile, 9, ":a.txt|:b.txt"), "Error: The source file does not exist: " + AppFolder() + "a.txt");
+    EXPECT_EQ(Call(kTPX1CopyFile, ":a.txt"), "Error: vertical bar expected in TPX1CopyFile");
+    EXPECT_EQ(Call(kTPX1CopyFile, ":a.txt|:b.txt"), "Error: The source file does not exist: " + AppFolder() + "a.txt");
 
     std::string data = Pattern(250001);   /* three transfer buffers */
     WriteFile("Apps/a.bin", data);
-    EXPECT_EQ(Call(TPX1CopyFile, 9, ":a.bin|" + Classic("b.bin")), "");
+    EXPECT_EQ(Call(kTPX1CopyFile, ":a.bin|" + Classic("b.bin")), "");
     EXPECT_EQ(ReadFile("b.bin"), data);
 
     /* A locked destination is unlocked and replaced. */
@@ -59,7 +59,7 @@ TEST_F(FilesTest, CopyFileCopiesTheDataFork)
     ASSERT_EQ(HSetFLock(0, 0, locked), noErr);
     WriteFile("Apps/small.txt", "new");
     PlatformFaultSet("HRstFLock", 1000000, ioErr, false);   /* counts the calls */
-    EXPECT_EQ(Call(TPX1CopyFile, 9, ":small.txt|" + Classic("locked.bin")), "");
+    EXPECT_EQ(Call(kTPX1CopyFile, ":small.txt|" + Classic("locked.bin")), "");
     EXPECT_EQ(ReadFile("locked.bin"), "new");
     EXPECT_EQ(PlatformFaultCalls("HRstFLock"), 1);
     EXPECT_TRUE(TakeDialogs().empty());
@@ -79,7 +79,7 @@ TEST_F(FilesTest, CopyingAnEmptyFileKeepsTypeAndCreator)
     ASSERT_EQ(HGetFInfo(0, 0, source, &info), noErr);
     bool keepsFinderInfo = info.fdType != 0;
 
-    EXPECT_EQ(Call(TPX1CopyFile, 9, Classic("empty.dat") + "|" + Classic("copy.dat")), "");
+    EXPECT_EQ(Call(kTPX1CopyFile, Classic("empty.dat") + "|" + Classic("copy.dat")), "");
     ASSERT_TRUE(Exists("copy.dat"));
     EXPECT_EQ(ReadFile("copy.dat"), "");
     FInfo copied{};
@@ -112,7 +112,7 @@ TEST_F(FilesTest, CopyFileFailureTexts)
         PlatformFaultSet(c.op, c.nth, ioErr, false);
         /* A failed copy leaves its files open, so every case copies to a new name. */
         std::string arg = ":src.txt|:dst" + std::to_string(++number) + ".txt";
-        EXPECT_EQ(Call(TPX1CopyFile, 9, arg), c.text) << c.op;
+        EXPECT_EQ(Call(kTPX1CopyFile, arg), c.text) << c.op;
         EXPECT_EQ(PlatformFaultHits(c.op), 1) << c.op;
         auto dialogs = TakeDialogs();
         bool transfer = strcmp(c.text, "Error: TransferFileSection failed.") == 0;
@@ -152,28 +152,28 @@ TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
 
 TEST_F(FilesTest, DeleteFileRetriesABusyFile)
 {
-    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":missing.txt"), "");
+    EXPECT_EQ(Call(kTPX1DeleteFile, ":missing.txt"), "");
     WriteFile("Apps/plain.txt", "x");
-    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":plain.txt"), "");
+    EXPECT_EQ(Call(kTPX1DeleteFile, ":plain.txt"), "");
     EXPECT_FALSE(Exists("Apps/plain.txt"));
 
     PlatformClockUseManual(1000, 7);
     WriteFile("Apps/busy.txt", "x");
     PlatformFaultSet("HDelete", 1, fBsyErr, false);
-    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":busy.txt"), "");
+    EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "");
     EXPECT_EQ(PlatformFaultCalls("HDelete"), 2);
     EXPECT_FALSE(Exists("Apps/busy.txt"));
 
     WriteFile("Apps/busy.txt", "x");
     PlatformFaultSet("HDelete", 1, fBsyErr, true);
     uint32_t before = TickCount();
-    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":busy.txt"), "Error -47: Unable to delete file: " + AppFolder() + "busy.txt");
+    EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "Error -47: Unable to delete file: " + AppFolder() + "busy.txt");
     EXPECT_EQ(PlatformFaultCalls("HDelete"), 16);
     EXPECT_GE(TickCount() - before, 15u * 60u) << "one second between tries";
     EXPECT_TRUE(Exists("Apps/busy.txt"));
 
     PlatformFaultSet("HDelete", 1, permErr, false);
-    EXPECT_EQ(Call(TPX1DeleteFile, 10, ":busy.txt"), "Error -54: Unable to delete file: " + AppFolder() + "busy.txt");
+    EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "Error -54: Unable to delete file: " + AppFolder() + "busy.txt");
     EXPECT_EQ(PlatformFaultCalls("HDelete"), 1) << "only a busy file is tried again";
     EXPECT_TRUE(TakeDialogs().empty());
 }
@@ -183,28 +183,28 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
     const std::string usage =
         "Error: Usage TPX1GetCharsFromFile(startingCharOneRelative|numCharsToCopy|relativeOrFullPath)";
     WriteFile("Apps/f.txt", "abcdefgh");
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "0|3|:f.txt"), usage);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|0|:f.txt"), usage);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|3"), usage);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|3|:nofile.txt"), "Error: TPX1GetCharsFromFile: File does not exist");
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "3|4|:f.txt"), "cdef");
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "1|1|:f.txt|"), "a");
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "6|100|:f.txt"), "fgh");
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "8|1|" + Classic("Apps:f.txt")), "h");
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "9|5|:f.txt"), "");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "0|3|:f.txt"), usage);
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|0|:f.txt"), usage);
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|3"), usage);
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|3|:nofile.txt"), "Error: TPX1GetCharsFromFile: File does not exist");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "3|4|:f.txt"), "cdef");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|1|:f.txt|"), "a");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|100|:f.txt"), "fgh");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "8|1|" + Classic("Apps:f.txt")), "h");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9|5|:f.txt"), "");
     EXPECT_TRUE(TakeDialogs().empty());
 
     PlatformFaultSet("FSRead", 1, ioErr, false);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: FSRead returned an error.");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: FSRead returned an error.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
     PlatformFaultSet("HGetFInfo", 1, ioErr, false);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: hgetfinfo failed.");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: hgetfinfo failed.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
     PlatformFaultSet("GetEOF", 1, ioErr, false);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: GetEOF failed.");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: GetEOF failed.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
     PlatformFaultSet("HOpenDF", 1, permErr, false);
-    EXPECT_EQ(Call(TPX1GetCharsFromFile, 60, "2|2|:f.txt"), "Error: hopendf failed.");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: hopendf failed.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -54"));
 }
 
@@ -217,14 +217,14 @@ TEST_F(FilesTest, ListingAdmitsZipAndRpfInCatalogOrder)
     std::string folder = Classic("L:");
     std::string expected = folder + "A.RPF\r" + folder + "b.zip\r" + folder + "c.ZIP\r" + folder + "e.rpf\r" +
                            folder + "Sub.Zip\r";
-    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:b.zip")), expected);
-    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:e.rpf")), expected);
-    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:d.txt")), folder + "d.txt\r");
-    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:noext")), "");
-    EXPECT_EQ(Call(TPX1GetListOfFilesInFolder, 61, Classic("L:missing.zip")), "");
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:b.zip")), expected);
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:e.rpf")), expected);
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:d.txt")), folder + "d.txt\r");
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:noext")), "");
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:missing.zip")), "");
 
     PlatformFaultSet("PBGetCatInfoSync", 3, ioErr, false);
-    Call(TPX1GetListOfFilesInFolder, 61, Classic("L:b.zip"));
+    Call(kTPX1GetListOfFilesInFolder, Classic("L:b.zip"));
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
 }
 
@@ -273,9 +273,9 @@ TEST_F(FilesTest, WriteAndReadHelpers)
 
 TEST_F(FilesTest, ZipFunctionsAreNotSupported)
 {
-    EXPECT_EQ(Call(TPX1ZipFiles, 11, "x"), "");
-    EXPECT_EQ(Call(TPX1UnzipFiles, 12, "x"), "Error");
-    EXPECT_EQ(Call(TPX1UnzipFilesBatchMode, 13, "x"), "Error");
+    EXPECT_EQ(Call(kTPX1ZipFiles, "x"), "");
+    EXPECT_EQ(Call(kTPX1UnzipFiles, "x"), "Error");
+    EXPECT_EQ(Call(kTPX1UnzipFilesBatchMode, "x"), "Error");
     auto dialogs = TakeDialogs();
     ASSERT_EQ(dialogs.size(), 3u);
     EXPECT_EQ(dialogs[0], "TPX1ZipFiles is not supported on the MAC.");

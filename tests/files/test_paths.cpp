@@ -43,8 +43,8 @@ TEST_F(FilesTest, RelativePathsResolveAgainstTheApplicationFolder)
     EXPECT_EQ(Resolve(app, ":File"), "Disk:Apps:File");
 
     gBaseDirectory[0] = 0;
-    EXPECT_EQ(Call(TPX1ResolveRelativePath, 7, "::Data:Map"), "Disk:Data:Map");
-    EXPECT_EQ(Call(TPX1ResolveRelativePath, 7, "Other:Path|"), "Other:Path");
+    EXPECT_EQ(Call(kTPX1ResolveRelativePath, "::Data:Map"), "Disk:Data:Map");
+    EXPECT_EQ(Call(kTPX1ResolveRelativePath, "Other:Path|"), "Other:Path");
     EXPECT_TRUE(TakeDialogs().empty());
 }
 
@@ -100,7 +100,7 @@ protected:
     void WriteList(const std::string &lines) { WriteFile("Apps/BaseDirectoryList.txt", lines); }
     std::string ResolveWithReference(const std::string &path)
     {
-        return Call(TPX1ResolveRelativePath, 7, path + "|:ref.txt");
+        return Call(kTPX1ResolveRelativePath, path + "|:ref.txt");
     }
 };
 
@@ -118,7 +118,7 @@ TEST_F(BaseDirectoryTest, OneListedFolderHoldingTheReferenceBecomesTheBase)
     EXPECT_EQ(ResolveWithReference(":y.txt"), Classic("Data2:y.txt"));
     EXPECT_EQ(std::string(gBaseDirectory), Classic("Data2"));
     /* Without a reference the base is cleared and the application folder applies. */
-    EXPECT_EQ(Call(TPX1ResolveRelativePath, 7, ":y.txt"), AppFolder() + "y.txt");
+    EXPECT_EQ(Call(kTPX1ResolveRelativePath, ":y.txt"), AppFolder() + "y.txt");
     EXPECT_EQ(gBaseDirectory[0], 0);
     EXPECT_TRUE(TakeDialogs().empty());
 }
@@ -172,7 +172,7 @@ TEST_F(BaseDirectoryTest, ReferenceBesideTheApplicationClearsTheBase)
 
 TEST_F(FilesTest, FileSystemRepresentationCreatesTheMissingFile)
 {
-    EXPECT_EQ(Call(TPX1FileSystemRepresentationFromClassicPath, 63, ":new.txt"), Posix("Apps/new.txt"));
+    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":new.txt"), Posix("Apps/new.txt"));
     ASSERT_TRUE(Exists("Apps/new.txt"));
     EXPECT_EQ(ReadFile("Apps/new.txt"), "");
     FInfo info;
@@ -187,13 +187,13 @@ TEST_F(FilesTest, FileSystemRepresentationCreatesTheMissingFile)
     }
 
     WriteFile("Apps/old.txt", "kept");
-    EXPECT_EQ(Call(TPX1FileSystemRepresentationFromClassicPath, 63, Classic("Apps:old.txt")), Posix("Apps/old.txt"));
+    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, Classic("Apps:old.txt")), Posix("Apps/old.txt"));
     EXPECT_EQ(ReadFile("Apps/old.txt"), "kept");
 
-    EXPECT_EQ(Call(TPX1FileSystemRepresentationFromClassicPath, 63, ":NoFolder:x.txt"),
+    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":NoFolder:x.txt"),
               "Error: strcpyFileSystemRepresentationFromClassicPath returned an error");
     WriteFile("Apps/BaseDirectoryList.txt", Classic("Apps") + "\r");
-    EXPECT_EQ(Call(TPX1FileSystemRepresentationFromClassicPath, 63, ":x.txt|:nowhere.txt"),
+    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":x.txt|:nowhere.txt"),
               "Error: ResolvePossiblePartialPath returned an error");
     EXPECT_FALSE(Exists("Apps/x.txt"));
     EXPECT_EQ(TakeDialogs().size(), 1u);

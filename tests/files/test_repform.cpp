@@ -9,6 +9,7 @@
 
 #include "files/Repform.h"
 #include "host/HostCore.h"
+#include "plugin/Plugin.h"
 #include "platform/Faults.h"
 
 namespace {
@@ -82,8 +83,8 @@ TEST(RepformIdentifier, FastSearchFindsWhatTheTestFindsAtEveryOffset)
 
 class RepformTest : public FilesTest {
 protected:
-    std::string Years(const std::string &arg) { return Call(TPX1GetRepformYearsFromIDs, 58, arg); }
-    std::string Change(const std::string &arg) { return Call(TPX1ChangeRepformIDsInFile, 59, arg); }
+    std::string Years(const std::string &arg) { return Call(kTPX1GetRepformYearsFromIDs, arg); }
+    std::string Change(const std::string &arg) { return Call(kTPX1ChangeRepformIDsInFile, arg); }
 };
 
 TEST_F(RepformTest, YearsOfTheIdentifiers)
@@ -200,9 +201,9 @@ TEST_F(RepformTest, FailuresAreReported)
     FMX_Handle changeArg = HostNewTextHandle(std::string("2001|:a.rpf", 12));
     FMX_Handle result = HostNewTextHandle("");
     HostMemorySetFailure(1, kHostFailFromThenOn);
-    TPX1GetRepformYearsFromIDs(58, arg, result);
+    Plugin_External(kTPX1GetRepformYearsFromIDs, arg, result);
     EXPECT_EQ(HostMemoryAllocationCount(), 15) << "300000 down to 20000 in steps of 20000";
-    TPX1ChangeRepformIDsInFile(59, changeArg, result);
+    Plugin_External(kTPX1ChangeRepformIDsInFile, changeArg, result);
     HostMemorySetFailure(0, kHostFailOff);
     EXPECT_EQ(HostHandleBytes(result), "");
     dialogs = TakeDialogs();

@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "iac/IacTables.h"
+#include "plugin/Plugin.h"
 #include "platform/EventService.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
@@ -156,9 +157,9 @@ std::vector<std::string> IacTest::SentIds(const std::vector<SentMessage> &sent)
     return ids;
 }
 
-std::string IacTest::Call(void (*function)(long, char **, char **), long funcId, const std::string &argument)
+std::string IacTest::Call(long funcId, const std::string &argument)
 {
-    return HostCallCoreFunction(function, funcId, argument);
+    return HostCallCoreFunction(Plugin_External, funcId, argument);
 }
 
 int32_t IacTest::ArchivedCount()

@@ -52,7 +52,7 @@ protected:
     static std::vector<SentMessage> TakeSent(OSType partner = 0);
     static std::vector<std::string> SentIds(const std::vector<SentMessage> &sent);
     /* Calls an external function with argument text; returns the result text. */
-    static std::string Call(void (*function)(long, char **, char **), long funcId, const std::string &argument);
+    static std::string Call(long funcId, const std::string &argument);
     static int32_t ArchivedCount();
     static std::string ArchivedValue(int slot, const char *keyword);
     static std::string Code(OSType code);

@@ -67,7 +67,7 @@ TEST_F(IacTest, KeywordSetsFollowTheMessageIds)
 
 TEST_F(IacTest, ArchiveStoresOnlyTheKeywordsOfTheIdInSetOrder)
 {
-    Call(TPX1SetHandledMessages, 17, "BYE |ZZZZ|OBID");
+    Call(kTPX1SetHandledMessages, "BYE |ZZZZ|OBID");
 
     /* "BYE ": the standard four only; an empty value is skipped. */
     EXPECT_EQ(Receive({{"NAME", "x"}, {"MSSG", "BYE "}, {"SIGN", "NMB5"}, {"XTRA", ""}, {"PSIG", "NMB5"}, {"TEXT", "t"}}),
@@ -99,14 +99,14 @@ TEST_F(IacTest, ArchiveStoresOnlyTheKeywordsOfTheIdInSetOrder)
 
 TEST_F(IacTest, ArchiveKeepsHandledIdsOnlyAndRefusesBadIdentities)
 {
-    Call(TPX1SetHandledMessages, 17, "INFO|ZZZZ");
+    Call(kTPX1SetHandledMessages, "INFO|ZZZZ");
     EXPECT_EQ(Receive({{"MSSG", "OTHR"}, {"SIGN", "ABCD"}}), noErr);
     EXPECT_EQ(ArchivedCount(), 0);
     EXPECT_EQ(Receive({{"MSSG", "INFO"}, {"SIGN", "ABCD"}, {"LST2", "a"}}), noErr);
     EXPECT_EQ(ArchivedCount(), 1);
 
     /* A later table without INFO drops it. */
-    Call(TPX1SetHandledMessages, 17, "ZZZZ");
+    Call(kTPX1SetHandledMessages, "ZZZZ");
     EXPECT_EQ(gHandledMessages[0], FOUR_CHAR('Z', 'Z', 'Z', 'Z'));
     for (int i = 1; i < kHandledMessageCount; i++) EXPECT_EQ(gHandledMessages[i], 0u);
     EXPECT_EQ(Receive({{"MSSG", "INFO"}, {"SIGN", "ABCD"}}), noErr);
@@ -130,7 +130,7 @@ TEST_F(IacTest, ArchiveKeepsHandledIdsOnlyAndRefusesBadIdentities)
 
 TEST_F(IacTest, TwentyFirstMessageIsDroppedAndTheSenderGetsNoError)
 {
-    Call(TPX1SetHandledMessages, 17, "ZZZZ");
+    Call(kTPX1SetHandledMessages, "ZZZZ");
     for (int i = 0; i < kArchiveSlotCount; i++)
         ASSERT_EQ(Receive({{"MSSG", "ZZZZ"}, {"SIGN", "ABCD"}, {"TEXT", std::to_string(i)}}), noErr);
     EXPECT_EQ(ArchivedCount(), 20);
@@ -150,7 +150,7 @@ TEST_F(IacTest, TwentyFirstMessageIsDroppedAndTheSenderGetsNoError)
 
 TEST_F(IacTest, InstalledHandlerReceivesEventsFromTheBus)
 {
-    Call(TPX1SetHandledMessages, 17, "VEW!");
+    Call(kTPX1SetHandledMessages, "VEW!");
     EXPECT_EQ(InitIac(), noErr);
     AppleEvent event = MakeEvent({{"MSSG", "VEW!"}, {"SIGN", "TPX1"}, {"LLAT", "1.5"}, {"HLNG", "-2"}});
     EXPECT_EQ(PlatformMemoryBusDeliver(&event, kTopoluxSignature), noErr);
@@ -264,10 +264,10 @@ TEST_F(IacTest, OutgoingRefusals)
 TEST_F(IacTest, SendMessageToGreetsEveryTimeAndReportsFailures)
 {
     AddApp(kTopoluxSignature);
-    Call(TPX1SetTopoluxSharingMenu, 45, "Sites|Info;Link");
+    Call(kTPX1SetTopoluxSharingMenu, "Sites|Info;Link");
     for (int round = 0; round < 2; round++) {
         SetOutgoingMessageParameterFromStr("MSSG", "SHOW", 1);
-        EXPECT_EQ(Call(TPX1SendMessageTo, 32, "TPX1 and more"), "");
+        EXPECT_EQ(Call(kTPX1SendMessageTo, "TPX1 and more"), "");
         std::vector<SentMessage> sent = TakeSent(kTopoluxSignature);
         EXPECT_EQ(SentIds(sent), (std::vector<std::string>{"HOLA", "MENU", "SHOW"}));
         ASSERT_EQ(sent.size(), 3u);
@@ -279,7 +279,7 @@ TEST_F(IacTest, SendMessageToGreetsEveryTimeAndReportsFailures)
     EXPECT_EQ(PlatformDialogRecordedCount(), 0);
 
     /* Without MSSG: nothing goes out but the greeting, and the error is shown. */
-    EXPECT_EQ(Call(TPX1SendMessageTo, 32, "TPX1"), "");
+    EXPECT_EQ(Call(kTPX1SendMessageTo, "TPX1"), "");
     EXPECT_EQ(SentIds(TakeSent()), (std::vector<std::string>{"HOLA", "MENU"}));
     ASSERT_EQ(PlatformDialogRecordedCount(), 1);
     EXPECT_NE(std::string(PlatformDialogRecorded(0)->text).find("Error: -123"), std::string::npos);

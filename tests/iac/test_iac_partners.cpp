@@ -16,10 +16,10 @@ TEST_F(IacTest, GreetingsCarryMenusMapsAndTheFirstView)
     temp.Write("Maps B/Other.map", "map");
     std::string folderA = temp.Classic("Maps A") + ":";
     std::string folderB = temp.Classic("Maps B") + ":";
-    Call(TPX1SetTopoluxMapInfo, 51, folderB + "|DRAW|");
-    Call(TPX1SetTopoluxMapInfo, 51, folderA + "||");
-    Call(TPX1SetTopoluxSharingMenu, 45, "Sites|Get info;Link");
-    Call(TPX1SetTopoluxFirstView, 52, "-90,40,-80,30");
+    Call(kTPX1SetTopoluxMapInfo, folderB + "|DRAW|");
+    Call(kTPX1SetTopoluxMapInfo, folderA + "||");
+    Call(kTPX1SetTopoluxSharingMenu, "Sites|Get info;Link");
+    Call(kTPX1SetTopoluxFirstView, "-90,40,-80,30");
     SetGlobalFromStr("VERS", 0, "7.1");
     SetGlobalFromStr("App DOC", 1, "Sites.fp7");
     AddApp(kTopoluxSignature);
@@ -55,7 +55,7 @@ TEST_F(IacTest, GreetingsCarryMenusMapsAndTheFirstView)
 TEST_F(IacTest, NimboMenuFollowsItsGreetingAndBeepsWhenItFails)
 {
     AddApp(kNimboSignature);
-    Call(TPX1SetNimboSharingMenu, 55, "Plumes|Run");
+    Call(kTPX1SetNimboSharingMenu, "Plumes|Run");
     EXPECT_EQ(GreetFriendAndSendMenus(kNimboSignature, "HOLA", false), noErr);
     std::vector<SentMessage> sent = TakeSent(kNimboSignature);
     ASSERT_EQ(SentIds(sent), (std::vector<std::string>{"HOLA", "MENU"}));
@@ -71,20 +71,20 @@ TEST_F(IacTest, NimboMenuFollowsItsGreetingAndBeepsWhenItFails)
 TEST_F(IacTest, SharingMenusAndActions)
 {
     /* Name and items both needed; the name keeps 63 characters. */
-    Call(TPX1SetTopoluxSharingMenu, 45, "OnlyName|");
+    Call(kTPX1SetTopoluxSharingMenu, "OnlyName|");
     EXPECT_STREQ(gTopoluxSharingMenu.name, "");
-    Call(TPX1SetTopoluxSharingMenu, 45, "|items");
+    Call(kTPX1SetTopoluxSharingMenu, "|items");
     EXPECT_STREQ(gTopoluxSharingMenu.name, "");
-    Call(TPX1SetTopoluxSharingMenu, 45, std::string(70, 'n') + "|a|b");
+    Call(kTPX1SetTopoluxSharingMenu, std::string(70, 'n') + "|a|b");
     EXPECT_EQ(std::string(gTopoluxSharingMenu.name), std::string(63, 'n'));
     EXPECT_STREQ(gTopoluxSharingMenu.items, "a|b");
 
-    Call(TPX1SetTopoluxSharingMenuActions, 46, "LINK|GOTOME|UNLINK");
+    Call(kTPX1SetTopoluxSharingMenuActions, "LINK|GOTOME|UNLINK");
     const short three[kMenuItemCount] = {5, 2, 6, 0, 0, 0, 0, 0, 0, 0};
     for (int i = 0; i < kMenuItemCount; i++) EXPECT_EQ(gTopoluxSharingMenu.actions[i], three[i]);
 
     /* Empty words are skipped, unknown ones give 0, an eleventh is ignored. */
-    Call(TPX1SetNimboSharingMenuActions, 56, "GETINFO||GETRIDSINFO|getinfo|X|X|X|X|X|X|GOTOME|LINK");
+    Call(kTPX1SetNimboSharingMenuActions, "GETINFO||GETRIDSINFO|getinfo|X|X|X|X|X|X|GOTOME|LINK");
     const short nimbo[kMenuItemCount] = {1, 4, 0, 0, 0, 0, 0, 0, 0, 2};
     for (int i = 0; i < kMenuItemCount; i++) EXPECT_EQ(gNimboSharingMenu.actions[i], nimbo[i]);
     for (int i = 0; i < kMenuItemCount; i++) EXPECT_EQ(gTopoluxSharingMenu.actions[i], three[i]);
@@ -94,7 +94,7 @@ TEST_F(IacTest, SharingMenusAndActions)
     EXPECT_EQ(ActionWordToCode(nullptr), 0);
 
     /* Alert texts: set, cut at 255, and switched off by an empty text. */
-    Call(TPX1SetNimboNoneSelectedGetInfoAlert, 57, std::string(300, 'a'));
+    Call(kTPX1SetNimboNoneSelectedGetInfoAlert, std::string(300, 'a'));
     EXPECT_EQ(std::string(gNimboNoneSelectedGetInfoAlert), std::string(255, 'a'));
     SetSelectionAlertText(57, "");
     EXPECT_STREQ(gNimboNoneSelectedGetInfoAlert, "");
@@ -104,23 +104,23 @@ TEST_F(IacTest, MapTableKeysFoldersAndRefusesASixth)
 {
     IacTempFolder temp;
     std::string base = temp.Classic() + ":";
-    Call(TPX1SetTopoluxMapInfo, 51, base + "M1:|ONE|");
-    Call(TPX1SetTopoluxMapInfo, 51, base + "M1:|TWO");
+    Call(kTPX1SetTopoluxMapInfo, base + "M1:|ONE|");
+    Call(kTPX1SetTopoluxMapInfo, base + "M1:|TWO");
     EXPECT_EQ(std::string(gTopoluxMaps[0].folder), base + "M1:");
     EXPECT_STREQ(gTopoluxMaps[0].options, "TWO");
     EXPECT_STREQ(gTopoluxMaps[1].folder, "");
 
     /* An empty folder makes a keyless entry, which later keyless calls reuse. */
-    Call(TPX1SetTopoluxMapInfo, 51, "|KEYLESS|");
+    Call(kTPX1SetTopoluxMapInfo, "|KEYLESS|");
     EXPECT_STREQ(gTopoluxMaps[1].folder, "");
     EXPECT_STREQ(gTopoluxMaps[1].options, "KEYLESS");
-    Call(TPX1SetTopoluxMapInfo, 51, "");
+    Call(kTPX1SetTopoluxMapInfo, "");
     EXPECT_STREQ(gTopoluxMaps[1].options, "NODEFAULT DELETEYES MOVEMAPYES MOVELAYERYES DRAGYES ADDYES");
 
-    for (const char *name : {"M2:", "M3:", "M4:", "M5:"}) Call(TPX1SetTopoluxMapInfo, 51, base + name + "|X|");
+    for (const char *name : {"M2:", "M3:", "M4:", "M5:"}) Call(kTPX1SetTopoluxMapInfo, base + name + "|X|");
     EXPECT_EQ(std::string(gTopoluxMaps[1].folder), base + "M2:");
     EXPECT_EQ(PlatformDialogRecordedCount(), 0);
-    Call(TPX1SetTopoluxMapInfo, 51, base + "M6:|X|");
+    Call(kTPX1SetTopoluxMapInfo, base + "M6:|X|");
     ASSERT_EQ(PlatformDialogRecordedCount(), 1);
     EXPECT_NE(std::string(PlatformDialogRecorded(0)->text).find("Error: -3"), std::string::npos);
     for (const MapEntry &entry : gTopoluxMaps) EXPECT_NE(std::string(entry.folder), base + "M6:");
@@ -128,14 +128,14 @@ TEST_F(IacTest, MapTableKeysFoldersAndRefusesASixth)
 
 TEST_F(IacTest, FirstViewTakesFourTokensInLeftTopRightBottomOrder)
 {
-    Call(TPX1SetTopoluxFirstView, 52, "-90,40,-80,30");
+    Call(kTPX1SetTopoluxFirstView, "-90,40,-80,30");
     EXPECT_STREQ(gTopoluxFirstView.llng, "-90");
     EXPECT_STREQ(gTopoluxFirstView.hlat, "40");
     EXPECT_STREQ(gTopoluxFirstView.hlng, "-80");
     EXPECT_STREQ(gTopoluxFirstView.llat, "30");
-    Call(TPX1SetTopoluxFirstView, 52, "1|2|3");
+    Call(kTPX1SetTopoluxFirstView, "1|2|3");
     EXPECT_STREQ(gTopoluxFirstView.llng, "-90");
-    Call(TPX1SetTopoluxFirstView, 52, "1| 2,\t3 " + std::string(40, '4') + " 5");
+    Call(kTPX1SetTopoluxFirstView, "1| 2,\t3 " + std::string(40, '4') + " 5");
     EXPECT_STREQ(gTopoluxFirstView.llng, "1");
     EXPECT_STREQ(gTopoluxFirstView.hlng, "3");
     EXPECT_EQ(std::string(gTopoluxFirstView.llat), std::string(31, '4'));
@@ -143,10 +143,10 @@ TEST_F(IacTest, FirstViewTakesFourTokensInLeftTopRightBottomOrder)
 
 TEST_F(IacTest, KnownFriendsAreGreetedInTableOrderWhenRunning)
 {
-    Call(TPX1SetKnownFriend, 16, "NMB5|Linux:Applications:NIMBO Folder:NIMBO");
-    Call(TPX1SetKnownFriend, 16, "|Linux:nobody");
-    Call(TPX1SetKnownFriend, 16, "REPF|Linux:Repform");
-    Call(TPX1SetKnownFriend, 16, "TPX1");
+    Call(kTPX1SetKnownFriend, "NMB5|Linux:Applications:NIMBO Folder:NIMBO");
+    Call(kTPX1SetKnownFriend, "|Linux:nobody");
+    Call(kTPX1SetKnownFriend, "REPF|Linux:Repform");
+    Call(kTPX1SetKnownFriend, "TPX1");
     EXPECT_EQ(gFriends[0].signature, kNimboSignature);
     EXPECT_EQ(gFriends[1].signature, FOUR_CHAR('R', 'E', 'P', 'F'));
     EXPECT_EQ(gFriends[2].signature, kTopoluxSignature);
@@ -168,7 +168,7 @@ TEST_F(IacTest, KnownFriendsAreGreetedInTableOrderWhenRunning)
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 0);
 
     /* TPX1InitIAC installs the handler and greets the same way. */
-    Call(TPX1InitIAC, 22, "");
+    Call(kTPX1InitIAC, "");
     EXPECT_EQ(TakeSent().size(), 2u);
     EXPECT_EQ(PlatformDialogRecordedCount(), 0);
 }

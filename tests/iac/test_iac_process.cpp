@@ -59,9 +59,9 @@ TEST_F(IacTest, SendingToAStoppedPartnerLaunchesAndGreetsItWithTheView)
     temp.Write("Partner/TOPOLUX");
     AddFriend(kTopoluxSignature, temp.Classic("Partner/TOPOLUX").c_str());
     PlatformMemoryBusSetLaunchSignature(kTopoluxSignature);
-    Call(TPX1SetTopoluxFirstView, 52, "1 2 3 4");
+    Call(kTPX1SetTopoluxFirstView, "1 2 3 4");
     SetOutgoingMessageParameterFromStr("MSSG", "SHOW", 1);
-    EXPECT_EQ(Call(TPX1SendMessageTo, 32, "TPX1"), "");
+    EXPECT_EQ(Call(kTPX1SendMessageTo, "TPX1"), "");
     EXPECT_EQ(SentIds(TakeSent(kTopoluxSignature)), (std::vector<std::string>{"HOLA", "VIEW", "SHOW"}));
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 1);
 }
@@ -169,17 +169,17 @@ TEST_F(IacTest, DocumentsTravelAsFileURLs)
 TEST_F(IacTest, GoToAppAnswersThePathAndGreetsANewlyStartedTopolux)
 {
     /* Not to be found: no result, the alert. */
-    EXPECT_EQ(Call(TPX1GoToApp, 42, "NMB5|whatever"), "");
+    EXPECT_EQ(Call(kTPX1GoToApp, "NMB5|whatever"), "");
     EXPECT_EQ(PlatformDialogRecordedCount(), 1);
-    EXPECT_EQ(Call(TPX1GoToApp, 42, "|x"), "");
+    EXPECT_EQ(Call(kTPX1GoToApp, "|x"), "");
     EXPECT_EQ(PlatformDialogRecordedCount(), 1);
 
     /* Running but never recorded. */
     AddApp(kNimboSignature);
-    EXPECT_EQ(Call(TPX1GoToApp, 42, "NMB5"), "unknown path");
+    EXPECT_EQ(Call(kTPX1GoToApp, "NMB5"), "unknown path");
     EXPECT_EQ(PlatformMemoryBusFront(PlatformMemoryBusFrontCount() - 1), kNimboSignature);
     AddFriend(kNimboSignature, "Linux:opt:NIMBO");
-    EXPECT_EQ(Call(TPX1GoToApp, 42, "NMB5"), "Linux:opt:NIMBO");
+    EXPECT_EQ(Call(kTPX1GoToApp, "NMB5"), "Linux:opt:NIMBO");
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);
 
     /* TOPOLUX started by the call is greeted (without the view). */
@@ -188,22 +188,22 @@ TEST_F(IacTest, GoToAppAnswersThePathAndGreetsANewlyStartedTopolux)
     temp.Write("TOPOLUX");
     AddFriend(kTopoluxSignature, classic.c_str());
     PlatformMemoryBusSetLaunchSignature(kTopoluxSignature);
-    Call(TPX1SetTopoluxFirstView, 52, "1 2 3 4");
-    EXPECT_EQ(Call(TPX1GoToApp, 42, "TPX1"), classic);
+    Call(kTPX1SetTopoluxFirstView, "1 2 3 4");
+    EXPECT_EQ(Call(kTPX1GoToApp, "TPX1"), classic);
     EXPECT_EQ(SentIds(TakeSent(kTopoluxSignature)), (std::vector<std::string>{"HOLA"}));
     /* Already running: no greeting. */
-    EXPECT_EQ(Call(TPX1GoToApp, 42, "TPX1"), classic);
+    EXPECT_EQ(Call(kTPX1GoToApp, "TPX1"), classic);
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);
 }
 
 TEST_F(IacTest, IsAppRunningLooksAtFourCharacters)
 {
     AddApp(kTopoluxSignature);
-    EXPECT_EQ(Call(TPX1IsAppRunning, 41, "TPX1"), "TRUE");
-    EXPECT_EQ(Call(TPX1IsAppRunning, 41, "TPX1 is the mapper"), "TRUE");
-    EXPECT_EQ(Call(TPX1IsAppRunning, 41, "TPX"), "FALSE");
-    EXPECT_EQ(Call(TPX1IsAppRunning, 41, "NMB5"), "FALSE");
-    EXPECT_EQ(Call(TPX1IsAppRunning, 41, "FMP7"), "TRUE");   /* the host itself */
+    EXPECT_EQ(Call(kTPX1IsAppRunning, "TPX1"), "TRUE");
+    EXPECT_EQ(Call(kTPX1IsAppRunning, "TPX1 is the mapper"), "TRUE");
+    EXPECT_EQ(Call(kTPX1IsAppRunning, "TPX"), "FALSE");
+    EXPECT_EQ(Call(kTPX1IsAppRunning, "NMB5"), "FALSE");
+    EXPECT_EQ(Call(kTPX1IsAppRunning, "FMP7"), "TRUE");   /* the host itself */
     EXPECT_EQ(PlatformDialogRecordedCount(), 0);
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 0);
 }
@@ -212,7 +212,7 @@ TEST_F(IacTest, ShowOnMapSendsTheListWithItsOptions)
 {
     AddApp(kTopoluxSignature);
     const std::string list = "0000000000000001\tWells\tCounty\r";
-    EXPECT_EQ(Call(TPX1ShowOnMap, 43, list), "");
+    EXPECT_EQ(Call(kTPX1ShowOnMap, list), "");
     std::vector<SentMessage> sent = TakeSent(kTopoluxSignature);
     ASSERT_EQ(sent.size(), 1u);
     EXPECT_EQ(sent[0].Keywords(), (std::vector<std::string>{"MSSG", "SIGN", "PSIG", "XTRA", "OPTN", "LST2"}));
@@ -221,16 +221,16 @@ TEST_F(IacTest, ShowOnMapSendsTheListWithItsOptions)
     EXPECT_EQ(sent[0].Get("LST2"), list);
 
     SetGlobalFromStr("OPTN", 0, "DRAW NOZOOM");
-    EXPECT_EQ(Call(TPX1ShowOnMap, 43, list), "");
+    EXPECT_EQ(Call(kTPX1ShowOnMap, list), "");
     EXPECT_EQ(TakeSent()[0].Get("OPTN"), "DRAW NOZOOM");
     SetOutgoingMessageParameterFromStr("OPTN", "MINE", 1);
-    EXPECT_EQ(Call(TPX1ShowOnMap, 43, list), "");
+    EXPECT_EQ(Call(kTPX1ShowOnMap, list), "");
     EXPECT_EQ(TakeSent()[0].Get("OPTN"), "MINE");
     EXPECT_EQ(PlatformDialogRecordedCount(), 0);
 
     /* TOPOLUX unreachable: the alert, then the error report. */
     PlatformMemoryBusRemoveApp(kTopoluxSignature);
-    EXPECT_EQ(Call(TPX1ShowOnMap, 43, list), "");
+    EXPECT_EQ(Call(kTPX1ShowOnMap, list), "");
     ASSERT_EQ(PlatformDialogRecordedCount(), 2);
     EXPECT_EQ(DialogText(0).rfind("Unable to locate TOPOLUX.", 0), 0u);
     EXPECT_NE(DialogText(1).find("Error: -600"), std::string::npos);

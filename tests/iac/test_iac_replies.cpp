@@ -23,7 +23,7 @@ int32_t FrontCountOf(OSType signature)
 TEST_F(IacTest, HolaRecordsThePartnerAndAnswersWithOkhiAndMenus)
 {
     AddApp(kNimboSignature);
-    Call(TPX1SetNimboSharingMenu, 55, "Dispersion|Run;Show");
+    Call(kTPX1SetNimboSharingMenu, "Dispersion|Run;Show");
     EXPECT_EQ(Receive({{"MSSG", "HOLA"}, {"SIGN", "NMB5"}, {"PATH", "Linux:opt:NIMBO"}, {"NAME", "NIMBO"}}), noErr);
     EXPECT_EQ(gFriends[0].signature, kNimboSignature);
     EXPECT_STREQ(gFriends[0].path, "Linux:opt:NIMBO");
@@ -38,8 +38,8 @@ TEST_F(IacTest, HolaRecordsThePartnerAndAnswersWithOkhiAndMenus)
 
     /* Kept when the solution handles HOLA; the greeting of TOPOLUX has no VIEW. */
     AddApp(kTopoluxSignature);
-    Call(TPX1SetTopoluxFirstView, 52, "1 2 3 4");
-    Call(TPX1SetHandledMessages, 17, "HOLA");
+    Call(kTPX1SetTopoluxFirstView, "1 2 3 4");
+    Call(kTPX1SetHandledMessages, "HOLA");
     EXPECT_EQ(Receive({{"MSSG", "HOLA"}, {"SIGN", "TPX1"}, {"PATH", "Linux:opt:TOPOLUX"}}), noErr);
     EXPECT_EQ(SentIds(TakeSent()), (std::vector<std::string>{"OKHI"}));
     EXPECT_EQ(ArchivedCount(), 1);
@@ -60,8 +60,8 @@ TEST_F(IacTest, HolaRecordsThePartnerAndAnswersWithOkhiAndMenus)
 TEST_F(IacTest, TopoluxMenuHitsAskForTheSelectionOrComeForward)
 {
     AddApp(kTopoluxSignature);
-    Call(TPX1SetHandledMessages, 17, "MHIT");
-    Call(TPX1SetTopoluxSharingMenuActions, 46, "GETINFO|GOTOME|GETINFOFILE|GETRIDSINFO|LINK|UNLINK|BOGUS");
+    Call(kTPX1SetHandledMessages, "MHIT");
+    Call(kTPX1SetTopoluxSharingMenuActions, "GETINFO|GOTOME|GETINFOFILE|GETRIDSINFO|LINK|UNLINK|BOGUS");
     struct { const char *item, *extra, *options; } cases[] = {
         {"1", "GETINFO", "SELECTED"}, {"3", "GETINFOFILE", "FILE SELECTED"},
         {"5", "LINK", "SELECTED"},    {"6", "UNLINK", "SELECTED"},
@@ -105,8 +105,8 @@ TEST_F(IacTest, TopoluxMenuHitsAskForTheSelectionOrComeForward)
 TEST_F(IacTest, NimboMenuHitsComeForwardOrAskForChanges)
 {
     AddApp(kNimboSignature);
-    Call(TPX1SetHandledMessages, 17, "MHIT");
-    Call(TPX1SetNimboSharingMenuActions, 56, "GOTOME|GETRIDSINFO|GETINFO");
+    Call(kTPX1SetHandledMessages, "MHIT");
+    Call(kTPX1SetNimboSharingMenuActions, "GOTOME|GETRIDSINFO|GETINFO");
 
     EXPECT_EQ(Receive({{"MSSG", "MHIT"}, {"SIGN", "NMB5"}, {"ITEM", "1"}}), noErr);
     EXPECT_EQ(FrontCountOf(kHostSignature), 1);
@@ -140,11 +140,11 @@ TEST_F(IacTest, NimboMenuHitsComeForwardOrAskForChanges)
 TEST_F(IacTest, SelectionReportsAnswerWithTheConfiguredAlerts)
 {
     AddApp(kTopoluxSignature);
-    Call(TPX1SetHandledMessages, 17, "YROD");
-    Call(TPX1SetTopoluxNoneSelectedGetInfoAlert, 47, "Select something to get info.");
-    Call(TPX1SetTopoluxNoneSelectedUnlinkAlert, 48, "Select something to unlink.");
-    Call(TPX1SetTopoluxNoneSelectedLinkAlert, 49, "Select something to link.");
-    Call(TPX1SetTopoluxMoreThanOneSelectedLinkAlert, 50, "Select only one to link.");
+    Call(kTPX1SetHandledMessages, "YROD");
+    Call(kTPX1SetTopoluxNoneSelectedGetInfoAlert, "Select something to get info.");
+    Call(kTPX1SetTopoluxNoneSelectedUnlinkAlert, "Select something to unlink.");
+    Call(kTPX1SetTopoluxNoneSelectedLinkAlert, "Select something to link.");
+    Call(kTPX1SetTopoluxMoreThanOneSelectedLinkAlert, "Select only one to link.");
     struct { const char *count, *extra, *alert; } cases[] = {
         {"0", "GETINFO", "Select something to get info."},
         {"0", "GETINFOFILE", "Select something to get info."},
@@ -165,7 +165,7 @@ TEST_F(IacTest, SelectionReportsAnswerWithTheConfiguredAlerts)
 
     /* No alert: one object selected, the words that don't match, a switched-off alert,
      * another sender; all these are kept for the solution. */
-    Call(TPX1SetTopoluxNoneSelectedLinkAlert, 49, "");
+    Call(kTPX1SetTopoluxNoneSelectedLinkAlert, "");
     const Params quiet[] = {
         {{"MSSG", "YROD"}, {"SIGN", "TPX1"}, {"NUM ", "1"}, {"XTRA", "LINK"}},
         {{"MSSG", "YROD"}, {"SIGN", "TPX1"}, {"NUM ", "1"}, {"XTRA", "GETINFO"}},
@@ -182,7 +182,7 @@ TEST_F(IacTest, SelectionReportsAnswerWithTheConfiguredAlerts)
 TEST_F(IacTest, ChangeRequestsBringTheHostForwardAndTellNimbo)
 {
     AddApp(kNimboSignature);
-    Call(TPX1SetHandledMessages, 17, "RIDS");
+    Call(kTPX1SetHandledMessages, "RIDS");
     EXPECT_EQ(Receive({{"MSSG", "CHM!"}, {"SIGN", "NMB5"}, {"NAME", "run 4"}}), noErr);
     EXPECT_EQ(Receive({{"MSSG", "RIDS"}, {"SIGN", "TPX1"}, {"IDS ", "a b"}}), noErr);
     EXPECT_EQ(FrontCountOf(kHostSignature), 2);

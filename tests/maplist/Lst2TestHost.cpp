@@ -60,7 +60,7 @@ void Lst2Test::Receive(const std::vector<std::string> &keywordValuePairs)
     for (const std::string &s : keywordValuePairs)
         pairs.push_back(s.c_str());
     ASSERT_EQ(noErr, ArchiveMessageForTesting(pairs.data(), (int)pairs.size() / 2));
-    Call(kGetNextMessageId, "");
+    Call(kTPX1GetNextMessage, "");
 }
 
 std::string Lst2Test::Outgoing(const char *keyword)

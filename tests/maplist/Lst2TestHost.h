@@ -13,12 +13,6 @@
 
 #include "host/HostCore.h"
 
-enum {
-    kSetParameterId = 33, kGetNextMessageId = 36, kGetParameterLST2Id = 38,
-    kGetParameterLST2LineId = 39, kGetParameterLatLongId = 40, kProcessLST2Id = 44,
-    kRenameLSTAId = 53, kCopyLST2Id = 54, kGetNthLineId = 62
-};
-
 enum { kHostVersion = 60 };
 
 class Lst2Test : public ::testing::Test {

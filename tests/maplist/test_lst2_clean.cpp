@@ -22,8 +22,8 @@ protected:
     /* Sets the outgoing list, cleans it and returns what is left (with its NUL). */
     std::string Clean(const std::string &list)
     {
-        Call(kSetParameterId, "LST2|" + list);
-        Call(kProcessLST2Id, "");
+        Call(kTPX1SetParameter, "LST2|" + list);
+        Call(kTPX1ProcessLST2ParameterForTopolux, "");
         return Outgoing("LST2");
     }
 };
@@ -66,14 +66,14 @@ TEST_F(Lst2Clean, InvalidAndRepeatedLinesGoFirstOccurrencesStay)
 
 TEST_F(Lst2Clean, NothingToCleanAndNoMemory)
 {
-    Call(kProcessLST2Id, "");
+    Call(kTPX1ProcessLST2ParameterForTopolux, "");
     EXPECT_EQ("<none>", Outgoing("LST2"));
     EXPECT_EQ(0, DialogCount()) << "no outgoing list: silence";
 
     std::string list = kA + kB + kA;
-    Call(kSetParameterId, "LST2|" + list);
+    Call(kTPX1SetParameter, "LST2|" + list);
     HostMemorySetFailure(2, kHostFailFromThenOn);   /* 1: the argument's terminator; 2: the records */
-    Call(kProcessLST2Id, "");
+    Call(kTPX1ProcessLST2ParameterForTopolux, "");
     HostMemorySetFailure(0, kHostFailOff);
     EXPECT_EQ(Z(list), Outgoing("LST2")) << "list unchanged";
     ASSERT_EQ(1, DialogCount());
@@ -175,20 +175,20 @@ TEST_F(Lst2Clean, RandomListsMatchTheModelInSmallAndLargeGroups)
 
 TEST_F(Lst2Clean, CopyIncomingToOutgoingAndRenameLSTA)
 {
-    Call(kCopyLST2Id, "");
+    Call(kTPX1CopyIncomingLST2ToOutgoingLST2, "");
     EXPECT_EQ("", Outgoing("LST2")) << "no incoming list: the empty text";
 
     Receive({"MSSG", "SHOW", "LSTA", kA + kB});
-    EXPECT_EQ("", Call(kGetParameterLST2LineId, "0"));
-    Call(kRenameLSTAId, "");
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "0"));
+    Call(kTPX1RenameIncomingLSTAtoLST2, "");
     EXPECT_EQ("<none>", Incoming("LSTA"));
-    EXPECT_EQ(kA.substr(0, kA.size() - 1), Call(kGetParameterLST2LineId, "0"));
-    Call(kCopyLST2Id, "");
+    EXPECT_EQ(kA.substr(0, kA.size() - 1), Call(kTPX1GetParameterLST2Line, "0"));
+    Call(kTPX1CopyIncomingLST2ToOutgoingLST2, "");
     EXPECT_EQ(Z(kA + kB), Outgoing("LST2"));
     EXPECT_EQ(Z(kA + kB), Incoming("LST2")) << "the incoming list stays";
 
     Receive({"MSSG", "SHOW"});
-    Call(kRenameLSTAId, "");
+    Call(kTPX1RenameIncomingLSTAtoLST2, "");
     EXPECT_EQ("<none>", Incoming("LST2")) << "no LSTA: no effect";
     EXPECT_EQ(0, DialogCount());
 }

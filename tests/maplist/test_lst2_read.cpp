@@ -30,37 +30,37 @@ TEST_F(Lst2Test, ColumnFormatTakesValidLinesInTheChosenColumns)
 {
     Receive({"MSSG", "SHOW", "LST2", kList});
     EXPECT_EQ(kId1 + "\r" + kId2 + "\r" + kId3 + "\r" + kId2 + "\r" + "abcdef0123456789\r",
-              Call(kGetParameterLST2Id, "TOPOLUXID RETURN"));
+              Call(kTPX1GetParameterLST2, "TOPOLUXID RETURN"));
     EXPECT_EQ(kId1 + "\tMap 1\r" + kId2 + "\tMap 2\r" + kId3 + "\tMap 3\r" + kId2 + "\t" + k63 + "\r" +
                   "abcdef0123456789\tcase\r",
-              Call(kGetParameterLST2Id, "TOPOLUXID\tTAB \t MAPNAME  RETURN"));
+              Call(kTPX1GetParameterLST2, "TOPOLUXID\tTAB \t MAPNAME  RETURN"));
     /* Lower-case words; no RETURN, so no break between objects. */
     EXPECT_EQ("\t" + kId1 + "\t" + kId2 + "\t" + kId3 + "\t" + kId2 + "\tabcdef0123456789",
-              Call(kGetParameterLST2Id, "tab TopoluxID"));
+              Call(kTPX1GetParameterLST2, "tab TopoluxID"));
     /* An unknown word ends the line at its place. */
-    EXPECT_EQ("Map 1Map 2Map 3" + k63 + "case", Call(kGetParameterLST2Id, "MAPNAME LAYERS LAYERNAME"));
+    EXPECT_EQ("Map 1Map 2Map 3" + k63 + "case", Call(kTPX1GetParameterLST2, "MAPNAME LAYERS LAYERNAME"));
     EXPECT_EQ("Layer A Map 1\rLayer B Map 2\rLayer C Map 3\r" + k63 + " " + k63 + "\rlow case\r",
-              Call(kGetParameterLST2Id, "LAYERNAME SPACE MAPNAME RETURN"));
+              Call(kTPX1GetParameterLST2, "LAYERNAME SPACE MAPNAME RETURN"));
     /* Only the first ten words count. */
     std::string blanks = std::string(9, ' ') + "\r";
     EXPECT_EQ(blanks + blanks + blanks + blanks + blanks,
-              Call(kGetParameterLST2Id, "space space space space space space space space space return "
+              Call(kTPX1GetParameterLST2, "space space space space space space space space space return "
                                         "TOPOLUXID RETURN"));
     EXPECT_EQ(0, DialogCount());
 }
 
 TEST_F(Lst2Test, ColumnFormatWithoutListOrWithFileWord)
 {
-    EXPECT_EQ("", Call(kGetParameterLST2Id, "TOPOLUXID RETURN")) << "no incoming list";
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2, "TOPOLUXID RETURN")) << "no incoming list";
     Receive({"MSSG", "SHOW", "LST2", "short\tno\tgood\rX\tY\tZ"});
-    EXPECT_EQ("", Call(kGetParameterLST2Id, "TOPOLUXID FILE"));
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2, "TOPOLUXID FILE"));
     EXPECT_EQ(0, DialogCount()) << "no valid line: no error even with FILE";
 
     Receive({"MSSG", "SHOW", "LST2", kList});
-    EXPECT_EQ("", Call(kGetParameterLST2Id, "TOPOLUXID file RETURN"));
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2, "TOPOLUXID file RETURN"));
     ASSERT_EQ(1, DialogCount()) << "reported once, at the first valid line";
     EXPECT_NE(std::string::npos, DialogText(0).find("Error: -3")) << DialogText(0);
-    EXPECT_EQ("", Call(kGetParameterLST2Id, "RETURN FILE"));
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2, "RETURN FILE"));
     EXPECT_EQ(2, DialogCount()) << "once per call";
     /* The list itself is never changed by reading it. */
     EXPECT_EQ(kList + std::string(1, '\0'), Incoming("LST2"));
@@ -68,39 +68,39 @@ TEST_F(Lst2Test, ColumnFormatWithoutListOrWithFileWord)
 
 TEST_F(Lst2Test, LineOfListByNumber)
 {
-    EXPECT_EQ("kept", Call(kGetParameterLST2LineId, "0", "kept")) << "no list: result untouched";
+    EXPECT_EQ("kept", Call(kTPX1GetParameterLST2Line, "0", "kept")) << "no list: result untouched";
     Receive({"MSSG", "SHOW", "LST2", kId1 + "\tA\tM\r\n" + kId2 + "\tB\tN\n" + "third"});
-    EXPECT_EQ(kId1 + "\tA\tM", Call(kGetParameterLST2LineId, "0", "old"));
-    EXPECT_EQ(kId2 + "\tB\tN", Call(kGetParameterLST2LineId, "1"));
-    EXPECT_EQ("third", Call(kGetParameterLST2LineId, "2"));
-    EXPECT_EQ("", Call(kGetParameterLST2LineId, "3", "old")) << "past the end";
-    EXPECT_EQ("", Call(kGetParameterLST2LineId, "-1", "old")) << "negative: the empty text";
-    EXPECT_EQ(kId1 + "\tA\tM", Call(kGetParameterLST2LineId, "zero", "old")) << "atol gives 0";
+    EXPECT_EQ(kId1 + "\tA\tM", Call(kTPX1GetParameterLST2Line, "0", "old"));
+    EXPECT_EQ(kId2 + "\tB\tN", Call(kTPX1GetParameterLST2Line, "1"));
+    EXPECT_EQ("third", Call(kTPX1GetParameterLST2Line, "2"));
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "3", "old")) << "past the end";
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "-1", "old")) << "negative: the empty text";
+    EXPECT_EQ(kId1 + "\tA\tM", Call(kTPX1GetParameterLST2Line, "zero", "old")) << "atol gives 0";
     EXPECT_EQ(0, DialogCount());
 }
 
 TEST_F(Lst2Test, NthLineOfAnyText)
 {
-    EXPECT_EQ("first", Call(kGetNthLineId, "1|first\rsecond\r"));
-    EXPECT_EQ("second", Call(kGetNthLineId, "2|first\r\nsecond\r"));
-    EXPECT_EQ("c", Call(kGetNthLineId, "3|a\nb\nc"));
-    EXPECT_EQ("a|b", Call(kGetNthLineId, "1|a|b")) << "only the first bar splits";
-    EXPECT_EQ("x", Call(kGetNthLineId, "1|NODUPES|x")) << "NODUPES is stripped too";
-    EXPECT_EQ("", Call(kGetNthLineId, "4|a\rb", "old")) << "past the end";
-    EXPECT_EQ("old", Call(kGetNthLineId, "0|a\rb", "old"));
-    EXPECT_EQ("old", Call(kGetNthLineId, "|a\rb", "old"));
-    EXPECT_EQ("old", Call(kGetNthLineId, "-2|a\rb", "old"));
+    EXPECT_EQ("first", Call(kTPX1GetNthLine, "1|first\rsecond\r"));
+    EXPECT_EQ("second", Call(kTPX1GetNthLine, "2|first\r\nsecond\r"));
+    EXPECT_EQ("c", Call(kTPX1GetNthLine, "3|a\nb\nc"));
+    EXPECT_EQ("a|b", Call(kTPX1GetNthLine, "1|a|b")) << "only the first bar splits";
+    EXPECT_EQ("x", Call(kTPX1GetNthLine, "1|NODUPES|x")) << "NODUPES is stripped too";
+    EXPECT_EQ("", Call(kTPX1GetNthLine, "4|a\rb", "old")) << "past the end";
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "0|a\rb", "old"));
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "|a\rb", "old"));
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "-2|a\rb", "old"));
     std::string longLine(6000, 'z');
-    EXPECT_EQ(std::string(4999, 'z'), Call(kGetNthLineId, "1|" + longLine)) << "cut to the 5000-byte buffer";
+    EXPECT_EQ(std::string(4999, 'z'), Call(kTPX1GetNthLine, "1|" + longLine)) << "cut to the 5000-byte buffer";
     EXPECT_EQ(0, DialogCount());
 }
 
 TEST_F(Lst2Test, LatitudeAndLongitudePassedThrough)
 {
     Receive({"MSSG", "SHOW", "LAT ", "38.5", "LONG", "-77.0"});
-    EXPECT_EQ("38.5 -77.0", Call(kGetParameterLatLongId, "ignored"));
+    EXPECT_EQ("38.5 -77.0", Call(kTPX1GetParameterLatLong, "ignored"));
     Receive({"MSSG", "SHOW", "LONG", "east"});
-    EXPECT_EQ(" east", Call(kGetParameterLatLongId, ""));
+    EXPECT_EQ(" east", Call(kTPX1GetParameterLatLong, ""));
     EXPECT_EQ(0, DialogCount());
 }
 

@@ -48,30 +48,30 @@ void SetUp(unsigned setup)
 {
     SetUpFiles();
     if (setup & kSetupGlobals) {
-        Call(23, "Count|3");
-        Call(24, "Log|NODUPES|a\r");
-        Call(28, "Count|Recount");
-        Call(29, "Count");
+        Call(kTPX1SetGlobal, "Count|3");
+        Call(kTPX1AppendToGlobal, "Log|NODUPES|a\r");
+        Call(kTPX1AttachScriptToGlobal, "Count|Recount");
+        Call(kTPX1EnableGlobalScript, "Count");
     }
     if (setup & kSetupTrigger)
-        Call(23, "Count|5");
+        Call(kTPX1SetGlobal, "Count|5");
     if (setup & kSetupPartners) {
         PlatformMemoryBusAddApp(FOUR_CHAR('T', 'P', 'X', '1'), "TOPOLUX", "/opt/TOPOLUX/TOPOLUX");
         PlatformMemoryBusAddApp(FOUR_CHAR('N', 'M', 'B', '5'), "NIMBO", "/opt/NIMBO/NIMBO");
-        Call(16, "TPX1|Linux:opt:TOPOLUX:TOPOLUX");
-        Call(16, "NMB5|Linux:opt:NIMBO:NIMBO");
-        Call(17, "INFO|HOLA|MHIT|OBID");
+        Call(kTPX1SetKnownFriend, "TPX1|Linux:opt:TOPOLUX:TOPOLUX");
+        Call(kTPX1SetKnownFriend, "NMB5|Linux:opt:NIMBO:NIMBO");
+        Call(kTPX1SetHandledMessages, "INFO|HOLA|MHIT|OBID");
     }
     if (setup & kSetupMessaging)
-        Call(22, "");
+        Call(kTPX1InitIAC, "");
     if (setup & kSetupMenus) {
-        Call(45, "Solution|Info;Link;Unlink");
-        Call(46, "GETINFO|LINK|UNLINK");
-        Call(55, "Nimbo|Show");
-        Call(56, "GOTOME|GETRIDSINFO");
-        Call(47, "Select an object first.");
-        Call(51, "~:Data1|DRAW YESZOOM|");
-        Call(52, "-90,40,-80,30");
+        Call(kTPX1SetTopoluxSharingMenu, "Solution|Info;Link;Unlink");
+        Call(kTPX1SetTopoluxSharingMenuActions, "GETINFO|LINK|UNLINK");
+        Call(kTPX1SetNimboSharingMenu, "Nimbo|Show");
+        Call(kTPX1SetNimboSharingMenuActions, "GOTOME|GETRIDSINFO");
+        Call(kTPX1SetTopoluxNoneSelectedGetInfoAlert, "Select an object first.");
+        Call(kTPX1SetTopoluxMapInfo, "~:Data1|DRAW YESZOOM|");
+        Call(kTPX1SetTopoluxFirstView, "-90,40,-80,30");
     }
     if (setup & (kSetupArchive | kSetupIncoming)) {
         HarnessUseStandingBlock();
@@ -82,12 +82,12 @@ void SetUp(unsigned setup)
         ArchiveMessageForTesting(second, 4);
     }
     if (setup & kSetupIncoming)
-        Call(36, "");
+        Call(kTPX1GetNextMessage, "");
     if (setup & kSetupOutgoing) {
-        Call(33, "MSSG|INFO");
-        Call(33, std::string("LST2|") + kLst2);
-        Call(33, "TEXT|hello");
-        Call(33, "NAME|abcde");
+        Call(kTPX1SetParameter, "MSSG|INFO");
+        Call(kTPX1SetParameter, std::string("LST2|") + kLst2);
+        Call(kTPX1SetParameter, "TEXT|hello");
+        Call(kTPX1SetParameter, "NAME|abcde");
     }
     PlatformClockAdvance(700);   /* past the grace period of a waiting message */
     HarnessTakeDialogs();
@@ -127,7 +127,7 @@ std::string GlobalsReadBack()
         globals.emplace_back(node->name, value);
     }
     for (const auto &global : globals) {
-        std::string read = HostCallExternal(HarnessPlugin(), 26, global.first);
+        std::string read = HostCallExternal(HarnessPlugin(), kTPX1GetGlobal, global.first);
         if (read != global.second)
             return "global \"" + global.first + "\" reads back as \"" + read + "\"";
     }
@@ -156,76 +156,76 @@ std::string ArchiveOrder()
 const std::vector<SweepCase> &SweepCases()
 {
     static const std::vector<SweepCase> kCases = {
-        {0, "", kSetupNone, {}},
-        {1, "", kSetupNone, {}},
-        {2, "", kSetupNone, {}},
-        {3, "", kSetupNone, {}},
-        {4, "65", kSetupNone, {}},
-        {5, "Recount", kSetupNone, {}},
-        {6, "Hello there", kSetupNone, {"Hello there"}},
-        {7, "::Data1:Sub:File|:Ref1.txt", kSetupNone, {}},
-        {8, ":Maps:Sheet|:Ref1.txt", kSetupNone, {}},
-        {8, ":Sheet.RPF", kSetupNone, {}},
-        {9, ":Sheet.RPF|:Copy.RPF", kSetupNone, {"Error: -1"}},
-        {10, ":Sheet.RPF", kSetupNone, {}},
-        {11, "", kSetupNone, {"TPX1ZipFiles is not supported on the MAC."}},
-        {12, "", kSetupNone, {"TPX1UnzipFiles is not supported on the MAC."}},
-        {13, "", kSetupNone, {"TPX1UnzipFilesBatchMode is not supported on the MAC."}},
-        {14, "", kSetupNone, {}},
-        {15, "Name.txt", kSetupNone, {}},
-        {16, "XYZW|Linux:opt:Other", kSetupNone, {}},
-        {17, "INFO|HOLA|MHIT", kSetupNone, {}},
-        {18, "Handler", kSetupNone, {}},
-        {19, "Menu", kSetupNone, {}},
-        {20, "ABCD|EFGH", kSetupNone, {}},
-        {21, "Doc.fp5", kSetupNone, {}},
-        {22, "", kSetupPartners | kSetupMenus, {}},
-        {23, "Count|4", kSetupGlobals, {}},
-        {23, "Fresh|a long value for a new global", kSetupGlobals, {}},
-        {24, "Log|NODUPES|b\rc\r", kSetupGlobals, {}},
-        {24, "Count|9", kSetupGlobals, {}},
-        {25, "Count", kSetupGlobals, {}},
-        {25, "*", kSetupGlobals, {}},
-        {26, "Count", kSetupGlobals, {}},
-        {27, "SYSENV DETAIL", kSetupGlobals, {}},
-        {28, "Count|Other", kSetupGlobals, {}},
-        {29, "Count", kSetupGlobals, {}},
-        {30, "Count", kSetupGlobals, {}},
-        {31, "", kSetupOutgoing, {}},
-        {32, "TPX1", kSetupOutgoing | kSetupPartners | kSetupMenus, {}},
-        {33, "TEXT|a new value", kSetupOutgoing, {}},
-        {34, "TEXT|NODUPES|a\rb", kSetupOutgoing, {}},
-        {35, "", kSetupIncoming, {}},
-        {36, "", kSetupArchive, {}},
-        {37, "LST2", kSetupIncoming, {}},
-        {38, "TOPOLUXID TAB MAPNAME RETURN", kSetupIncoming, {}},
-        {39, "1", kSetupIncoming, {}},
-        {40, "", kSetupIncoming, {}},
-        {41, "TPX1", kSetupPartners, {}},
-        {42, "TPX1", kSetupPartners, {}},
-        {43, "0123456789ABCDEF\tRoads\tCity", kSetupPartners | kSetupMenus, {}},
-        {44, "", kSetupOutgoing, {}},
-        {45, "Solution|Info;Link", kSetupNone, {}},
-        {46, "GETINFO|LINK", kSetupNone, {}},
-        {47, "None selected", kSetupNone, {}},
-        {48, "None selected", kSetupNone, {}},
-        {49, "None selected", kSetupNone, {}},
-        {50, "Too many", kSetupNone, {}},
-        {51, "~:Data1|DRAW YESZOOM|", kSetupNone, {}},
-        {52, "-90,40,-80,30", kSetupNone, {}},
-        {53, "", kSetupIncoming | kSetupLstaOnly, {}},
-        {54, "", kSetupIncoming, {}},
-        {55, "Nimbo|A;B", kSetupNone, {}},
-        {56, "GOTOME|GETRIDSINFO", kSetupNone, {}},
-        {57, "None selected", kSetupNone, {}},
-        {58, ":Sheet.RPF", kSetupNone, {"Error: Unable to allocate buffer. (Out of memory)"}},
-        {59, "2004|:Sheet.RPF", kSetupNone, {"Error: -1"}},
-        {60, "8|20|:Sheet.RPF", kSetupNone, {"Error: -1"}},
-        {61, ":Other.zip", kSetupNone, {}},
-        {62, "2|first\rsecond\rthird", kSetupNone, {}},
-        {63, ":New.txt", kSetupNone, {}},
-        {64, "", kSetupNone, {}},
-        {65, "", kSetupGlobals | kSetupTrigger, {}},
+        {kTPX1Version, "", kSetupNone, {}},
+        {kTPX1TabChar, "", kSetupNone, {}},
+        {kTPX1ReturnChar, "", kSetupNone, {}},
+        {kTPX1DoubleQuoteChar, "", kSetupNone, {}},
+        {kTPX1Ascii2Char, "65", kSetupNone, {}},
+        {kTPX1CallScript, "Recount", kSetupNone, {}},
+        {kTPX1ShowMessage, "Hello there", kSetupNone, {"Hello there"}},
+        {kTPX1ResolveRelativePath, "::Data1:Sub:File|:Ref1.txt", kSetupNone, {}},
+        {kTPX1FileExists, ":Maps:Sheet|:Ref1.txt", kSetupNone, {}},
+        {kTPX1FileExists, ":Sheet.RPF", kSetupNone, {}},
+        {kTPX1CopyFile, ":Sheet.RPF|:Copy.RPF", kSetupNone, {"Error: -1"}},
+        {kTPX1DeleteFile, ":Sheet.RPF", kSetupNone, {}},
+        {kTPX1ZipFiles, "", kSetupNone, {"TPX1ZipFiles is not supported on the MAC."}},
+        {kTPX1UnzipFiles, "", kSetupNone, {"TPX1UnzipFiles is not supported on the MAC."}},
+        {kTPX1UnzipFilesBatchMode, "", kSetupNone, {"TPX1UnzipFilesBatchMode is not supported on the MAC."}},
+        {kTPX1AskUserForFileNameToRead, "", kSetupNone, {}},
+        {kTPX1AskUserForFileNameToWrite, "Name.txt", kSetupNone, {}},
+        {kTPX1SetKnownFriend, "XYZW|Linux:opt:Other", kSetupNone, {}},
+        {kTPX1SetHandledMessages, "INFO|HOLA|MHIT", kSetupNone, {}},
+        {kTPX1SetMessageHandlingScriptTo, "Handler", kSetupNone, {}},
+        {kTPX1SetScriptMenuName, "Menu", kSetupNone, {}},
+        {kTPX1SetSIGNPSIG, "ABCD|EFGH", kSetupNone, {}},
+        {kTPX1SetStartupDocument, "Doc.fp5", kSetupNone, {}},
+        {kTPX1InitIAC, "", kSetupPartners | kSetupMenus, {}},
+        {kTPX1SetGlobal, "Count|4", kSetupGlobals, {}},
+        {kTPX1SetGlobal, "Fresh|a long value for a new global", kSetupGlobals, {}},
+        {kTPX1AppendToGlobal, "Log|NODUPES|b\rc\r", kSetupGlobals, {}},
+        {kTPX1AppendToGlobal, "Count|9", kSetupGlobals, {}},
+        {kTPX1UnsetGlobal, "Count", kSetupGlobals, {}},
+        {kTPX1UnsetGlobal, "*", kSetupGlobals, {}},
+        {kTPX1GetGlobal, "Count", kSetupGlobals, {}},
+        {kTPX1GetGlobalList, "SYSENV DETAIL", kSetupGlobals, {}},
+        {kTPX1AttachScriptToGlobal, "Count|Other", kSetupGlobals, {}},
+        {kTPX1EnableGlobalScript, "Count", kSetupGlobals, {}},
+        {kTPX1DisableGlobalScript, "Count", kSetupGlobals, {}},
+        {kTPX1ClearOutgoingMessage, "", kSetupOutgoing, {}},
+        {kTPX1SendMessageTo, "TPX1", kSetupOutgoing | kSetupPartners | kSetupMenus, {}},
+        {kTPX1SetParameter, "TEXT|a new value", kSetupOutgoing, {}},
+        {kTPX1AppendToParameter, "TEXT|NODUPES|a\rb", kSetupOutgoing, {}},
+        {kTPX1ClearIncomingMessage, "", kSetupIncoming, {}},
+        {kTPX1GetNextMessage, "", kSetupArchive, {}},
+        {kTPX1GetParameter, "LST2", kSetupIncoming, {}},
+        {kTPX1GetParameterLST2, "TOPOLUXID TAB MAPNAME RETURN", kSetupIncoming, {}},
+        {kTPX1GetParameterLST2Line, "1", kSetupIncoming, {}},
+        {kTPX1GetParameterLatLong, "", kSetupIncoming, {}},
+        {kTPX1IsAppRunning, "TPX1", kSetupPartners, {}},
+        {kTPX1GoToApp, "TPX1", kSetupPartners, {}},
+        {kTPX1ShowOnMap, "0123456789ABCDEF\tRoads\tCity", kSetupPartners | kSetupMenus, {}},
+        {kTPX1ProcessLST2ParameterForTopolux, "", kSetupOutgoing, {}},
+        {kTPX1SetTopoluxSharingMenu, "Solution|Info;Link", kSetupNone, {}},
+        {kTPX1SetTopoluxSharingMenuActions, "GETINFO|LINK", kSetupNone, {}},
+        {kTPX1SetTopoluxNoneSelectedGetInfoAlert, "None selected", kSetupNone, {}},
+        {kTPX1SetTopoluxNoneSelectedUnlinkAlert, "None selected", kSetupNone, {}},
+        {kTPX1SetTopoluxNoneSelectedLinkAlert, "None selected", kSetupNone, {}},
+        {kTPX1SetTopoluxMoreThanOneSelectedLinkAlert, "Too many", kSetupNone, {}},
+        {kTPX1SetTopoluxMapInfo, "~:Data1|DRAW YESZOOM|", kSetupNone, {}},
+        {kTPX1SetTopoluxFirstView, "-90,40,-80,30", kSetupNone, {}},
+        {kTPX1RenameIncomingLSTAtoLST2, "", kSetupIncoming | kSetupLstaOnly, {}},
+        {kTPX1CopyIncomingLST2ToOutgoingLST2, "", kSetupIncoming, {}},
+        {kTPX1SetNimboSharingMenu, "Nimbo|A;B", kSetupNone, {}},
+        {kTPX1SetNimboSharingMenuActions, "GOTOME|GETRIDSINFO", kSetupNone, {}},
+        {kTPX1SetNimboNoneSelectedGetInfoAlert, "None selected", kSetupNone, {}},
+        {kTPX1GetRepformYearsFromIDs, ":Sheet.RPF", kSetupNone, {"Error: Unable to allocate buffer. (Out of memory)"}},
+        {kTPX1ChangeRepformIDsInFile, "2004|:Sheet.RPF", kSetupNone, {"Error: -1"}},
+        {kTPX1GetCharsFromFile, "8|20|:Sheet.RPF", kSetupNone, {"Error: -1"}},
+        {kTPX1GetListOfFilesInFolder, ":Other.zip", kSetupNone, {}},
+        {kTPX1GetNthLine, "2|first\rsecond\rthird", kSetupNone, {}},
+        {kTPX1FileSystemRepresentationFromClassicPath, ":New.txt", kSetupNone, {}},
+        {kTPX1WaitOneSecond, "", kSetupNone, {}},
+        {kTPX1GetNameOfGlobalThatTriggeredScript, "", kSetupGlobals | kSetupTrigger, {}},
         {kSweepIdle, "", kSetupGlobals | kSetupTrigger | kSetupArchive | kSetupPartners, {}},
         {kSweepReceive, "", kSetupPartners | kSetupMessaging | kSetupMenus, {}},
         {kSweepShutdown, "", kSetupPartners | kSetupMessaging | kSetupGlobals | kSetupArchive | kSetupOutgoing, {}},

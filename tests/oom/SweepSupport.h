@@ -30,7 +30,7 @@ enum SweepSetup : unsigned {
 enum { kSweepIdle = -100, kSweepReceive = -101, kSweepShutdown = -102 };
 
 struct SweepCase {
-    int id;                        /* 0..65, or one of the special ids */
+    int id;                        /* an ExternalId, or one of the special ids */
     std::string argument;          /* '~' stands for the private folder's classic path */
     unsigned setup;
     std::vector<std::string> expectedTexts;   /* dialog texts the call may show besides the

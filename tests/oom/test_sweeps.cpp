@@ -52,7 +52,7 @@ void CheckRun(Tally *tally, const SweepCase &c, const SweepRun &run, const std::
     if (run.leakedBlocks != 0)
         tally->Problem(where, std::to_string(run.leakedBlocks) + " host blocks left after Shutdown:\n" + run.leakReport);
     if (run.openFiles != 0 && !closeFailed) {
-        if (c.id == 9)
+        if (c.id == kTPX1CopyFile)
             tally->filesLeftOpen++;
         else
             tally->Problem(where, std::to_string(run.openFiles) + " files left open");
@@ -183,7 +183,10 @@ void SweepFaults(Tally *tally, const std::vector<int> &ids, const std::vector<co
 TEST(FaultSweep, FileFunctionsSurviveEveryFileOperationFailing)
 {
     Tally tally;
-    SweepFaults(&tally, {8, 9, 10, 58, 59, 60, 61, 63},
+    SweepFaults(&tally,
+                {kTPX1FileExists, kTPX1CopyFile, kTPX1DeleteFile, kTPX1GetRepformYearsFromIDs,
+                 kTPX1ChangeRepformIDsInFile, kTPX1GetCharsFromFile, kTPX1GetListOfFilesInFolder,
+                 kTPX1FileSystemRepresentationFromClassicPath},
                 {"FSMakeFSSpec", "HGetFInfo", "HSetFInfo", "FSpGetFInfo", "HOpenDF", "FSpOpenDF", "GetEOF",
                  "SetEOF", "GetFPos", "SetFPos", "FSRead", "FSWrite", "FSClose", "HCreate", "FSpCreate", "HDelete",
                  "FSpDelete", "HSetFLock", "HRstFLock", "PBGetCatInfoSync", "FindFolder", "FSpGetPOSIXPath",
@@ -196,7 +199,9 @@ TEST(FaultSweep, FileFunctionsSurviveEveryFileOperationFailing)
 TEST(FaultSweep, MessagingSurvivesEveryBusCallFailing)
 {
     Tally tally;
-    SweepFaults(&tally, {22, 32, 41, 42, 43, kSweepIdle, kSweepReceive, kSweepShutdown},
+    SweepFaults(&tally,
+                {kTPX1InitIAC, kTPX1SendMessageTo, kTPX1IsAppRunning, kTPX1GoToApp, kTPX1ShowOnMap,
+                 kSweepIdle, kSweepReceive, kSweepShutdown},
                 {"AESend", "AEPutParamPtr", "AECreateAppleEvent", "AECreateDesc", "AEDisposeDesc", "AEGetParamPtr",
                  "AESizeOfParam", "AEGetAttributePtr", "AEInstallEventHandler", "AECoerceDesc", "AECountItems",
                  "LaunchApplication", "GetNextProcess", "GetProcessInformation", "GetCurrentProcess",

@@ -106,17 +106,17 @@ TEST_F(DoScriptTest, QueueKeepsNamesOnceInOrderAndRunsOnePerIdle)
     EXPECT_EQ(Names{}, IdleOnce());
 
     /* Through the external function: the same rules, errors reported with its id. */
-    Call(5, std::string(64, 'y'));
+    Call(kTPX1CallScript, std::string(64, 'y'));
     ASSERT_EQ(1, PlatformDialogRecordedCount());
     EXPECT_EQ(std::string("An error occurred in the plug-in function TPX1CallScript.\r\rError: -1\r\r"),
               PlatformDialogRecorded(0)->text);
-    Call(5, "ByName");
+    Call(kTPX1CallScript, "ByName");
     EXPECT_EQ(Names{"ByName"}, IdleOnce());
 }
 
 TEST_F(DoScriptTest, KeptMessageIsAnnouncedUntilTakenWithGracePeriods)
 {
-    Call(18, "Handle It");
+    Call(kTPX1SetMessageHandlingScriptTo, "Handle It");
     KeepMessage("TEST");
     EXPECT_EQ(Names{"Handle It"}, IdleOnce()) << "announced at once when nothing is pending";
     PlatformClockAdvance(599);
@@ -124,27 +124,27 @@ TEST_F(DoScriptTest, KeptMessageIsAnnouncedUntilTakenWithGracePeriods)
     PlatformClockAdvance(1);
     EXPECT_EQ(Names{"Handle It"}, IdleOnce()) << "announced again after 600 ticks";
 
-    EXPECT_EQ("TEST", Call(36, ""));          /* taken: waits on the solution's accesses */
+    EXPECT_EQ("TEST", Call(kTPX1GetNextMessage, ""));          /* taken: waits on the solution's accesses */
     KeepMessage("NEXT");
     PlatformClockAdvance(300);
-    Call(37, "MSSG");                          /* a get-parameter renews the grace period */
+    Call(kTPX1GetParameter, "MSSG");                          /* a get-parameter renews the grace period */
     PlatformClockAdvance(599);
     EXPECT_EQ(Names{}, IdleOnce());
     PlatformClockAdvance(1);
     EXPECT_EQ(Names{"Handle It"}, IdleOnce());
 
-    EXPECT_EQ("NEXT", Call(36, ""));
+    EXPECT_EQ("NEXT", Call(kTPX1GetNextMessage, ""));
     KeepMessage("LAST");
-    Call(35, "");                              /* cleared: the next message comes at once */
+    Call(kTPX1ClearIncomingMessage, "");                              /* cleared: the next message comes at once */
     EXPECT_EQ(Names{"Handle It"}, IdleOnce());
-    Call(36, "");
-    Call(35, "");
+    Call(kTPX1GetNextMessage, "");
+    Call(kTPX1ClearIncomingMessage, "");
     EXPECT_EQ(Names{}, IdleOnce()) << "nothing kept, nothing announced";
 }
 
 TEST_F(DoScriptTest, WrappedTickCounterEndsTheGracePeriodAtOnce)
 {
-    Call(18, "Handle It");
+    Call(kTPX1SetMessageHandlingScriptTo, "Handle It");
     /* Far from the top of the counter the grace period runs its 600 ticks. */
     PlatformClockUseManual(0xFFFFF000u, 0);
     KeepMessage("TEST");
