@@ -249,7 +249,7 @@ void HarnessResetProcess(uint32_t clockStep)
 {
     EnsureRoot();
     HostMemorySetFailure(0, kHostFailOff);
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
     PlatformDialogUseRecorder();
     PlatformDialogClearRecord();
     PlatformBusUseMemory();

@@ -107,7 +107,7 @@ struct HostStatement {
     HostStatementKind kind = kStmtCalc;
     int line = 0;
     int column = 0;
-    std::string name;                 /* variable or fault operation */
+    std::string name;                 /* variable or fault point (its number in numbers[2]) */
     std::vector<HostExpr> exprs;
     long numbers[3] = {0, 0, 0};
     int numberCount = 0;

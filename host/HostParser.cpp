@@ -5,6 +5,7 @@
  * Function names are resolved here, so an unknown one is reported before anything runs.
  */
 #include "host/HostLanguage.h"
+#include "platform/Faults.h"
 
 #include <strings.h>
 
@@ -327,19 +328,31 @@ bool ParseExpect(Cursor *c, HostStatement *s, HostProgram *program)
     return ExpectEnd(c);
 }
 
+/* The name of a fault point, into s->name; its number, into s->numbers[2]. */
+bool ParseFaultPoint(Cursor *c, HostStatement *s)
+{
+    if (Peek(c).kind != kTokName && Peek(c).kind != kTokString)
+        return Fail(c, Peek(c), "expected the name of a platform call (for example FSRead)");
+    const HostToken &t = Next(c);
+    s->numbers[2] = PlatformFaultPointNamed(t.text.c_str());
+    if (s->numbers[2] < 0)
+        return Fail(c, t, "\"" + t.text + "\" is no platform call that can be made to fail");
+    s->name = t.text;
+    return true;
+}
+
 bool ParseFault(Cursor *c, HostStatement *s)
 {
     if (IsWord(Peek(c), "clear")) {
         Next(c);
         s->kind = kStmtFaultClear;
-        if (Peek(c).kind == kTokName || Peek(c).kind == kTokString)
-            s->name = Next(c).text;
+        if ((Peek(c).kind == kTokName || Peek(c).kind == kTokString) && !ParseFaultPoint(c, s))
+            return false;
         return ExpectEnd(c);
     }
     s->kind = kStmtFault;
-    if (Peek(c).kind != kTokName && Peek(c).kind != kTokString)
-        return Fail(c, Peek(c), "expected the name of a platform call (for example FSRead)");
-    s->name = Next(c).text;
+    if (!ParseFaultPoint(c, s))
+        return false;
     s->numberCount = 2;
     if (!ParseInteger(c, &s->numbers[0], "which call fails (1 = the next one)") ||
         !ParseInteger(c, &s->numbers[1], "the error number"))

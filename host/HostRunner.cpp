@@ -136,11 +136,14 @@ void HostRunStatement(HostSession *session, const HostStatement &s)
             PlatformDialogQueueFileAnswer(value.c_str());
         break;
     case kStmtFault:
-        PlatformFaultSet(s.name.c_str(), static_cast<int32_t>(s.numbers[0]), static_cast<OSErr>(s.numbers[1]),
-                         s.always ? 1 : 0);
+        PlatformFaultSet(static_cast<PlatformFaultPoint>(s.numbers[2]), static_cast<int32_t>(s.numbers[0]),
+                         static_cast<OSErr>(s.numbers[1]), s.always ? 1 : 0);
         break;
     case kStmtFaultClear:
-        PlatformFaultClear(s.name.empty() ? nullptr : s.name.c_str());
+        if (s.name.empty())
+            PlatformFaultClearAll();
+        else
+            PlatformFaultClear(static_cast<PlatformFaultPoint>(s.numbers[2]));
         break;
     case kStmtClockManual:
         PlatformClockUseManual(static_cast<uint32_t>(s.numbers[0]), static_cast<uint32_t>(s.numbers[1]));

@@ -29,6 +29,11 @@ void TPX1SendMessageTo(long funcId, char **argHandle, char **resultHandle);
 
 /* ---- Receiving ---- */
 OSErr InitIac(void);
+/* Removes the handler at Shutdown and makes it refuse every event until the next Init,
+ * so that an event still on its way, or one arriving because the removal failed, never
+ * reaches the freed lists. */
+void CloseIac(void);
+void ReopenIac(void);
 OSErr HandleVESKEvent(const AppleEvent *event, AppleEvent *reply, intptr_t refcon);
 OSErr ArchiveIncomingMessage(const AEDesc *event);
 OSErr RequiredCheck(const AEDesc *event);

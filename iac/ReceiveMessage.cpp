@@ -14,6 +14,7 @@
 #include "ui/Alerts.h"
 
 static AEEventHandlerUPP gVeskHandlerUPP = nullptr;
+static bool gIacClosed = false;   /* from Shutdown to the next Init */
 
 OSErr InitIac(void)
 {
@@ -32,8 +33,21 @@ void TPX1InitIAC(long funcId, char **argHandle, char **resultHandle)
     SayHolaToAllFriends();
 }
 
+void CloseIac(void)
+{
+    gIacClosed = true;
+    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
+}
+
+void ReopenIac(void)
+{
+    gIacClosed = false;
+}
+
 OSErr HandleVESKEvent(const AppleEvent *event, AppleEvent *reply, intptr_t refcon)
 {
+    if (gIacClosed)
+        return errAEEventNotHandled;
     int16_t savedResFile = CurResFile();
     if (gFMX_ExternCallPtr)
         UseResFile(gFMX_ExternCallPtr->resFileRef);

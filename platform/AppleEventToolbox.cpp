@@ -1,6 +1,7 @@
 /*
- * AppleEventToolbox.cpp: the exported Apple Event Manager calls. Each one is a fault
- * point under its own name and then a call through the installed event table.
+ * AppleEventToolbox.cpp: the exported Apple Event Manager calls: a check of the call's
+ * fault point (for the calls the plug-in makes), then a call through the installed
+ * event table.
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/EventService.h"
@@ -34,7 +35,7 @@ void AEInitializeDesc(AEDesc *desc)
 
 OSErr AECreateDesc(DescType typeCode, const void *dataPtr, int32_t dataSize, AEDesc *result)
 {
-    OSErr err = PlatformFaultCheck("AECreateDesc");
+    OSErr err = PlatformFaultCheck(kFaultAECreateDesc);
     if (err) {
         gEvents->xInitializeDesc(result);
         return err;
@@ -45,7 +46,7 @@ OSErr AECreateDesc(DescType typeCode, const void *dataPtr, int32_t dataSize, AED
 OSErr AECreateAppleEvent(AEEventClass theAEEventClass, AEEventID theAEEventID, const AEAddressDesc *target,
                          int16_t returnID, int32_t transactionID, AppleEvent *result)
 {
-    OSErr err = PlatformFaultCheck("AECreateAppleEvent");
+    OSErr err = PlatformFaultCheck(kFaultAECreateAppleEvent);
     if (err) {
         gEvents->xInitializeDesc(result);
         return err;
@@ -56,7 +57,7 @@ OSErr AECreateAppleEvent(AEEventClass theAEEventClass, AEEventID theAEEventID, c
 OSErr AEPutParamPtr(AppleEvent *theAppleEvent, AEKeyword theAEKeyword, DescType typeCode, const void *dataPtr,
                     int32_t dataSize)
 {
-    OSErr err = PlatformFaultCheck("AEPutParamPtr");
+    OSErr err = PlatformFaultCheck(kFaultAEPutParamPtr);
     if (err) return err;
     return gEvents->xPutParamPtr(theAppleEvent, theAEKeyword, typeCode, dataPtr, dataSize);
 }
@@ -64,7 +65,7 @@ OSErr AEPutParamPtr(AppleEvent *theAppleEvent, AEKeyword theAEKeyword, DescType 
 OSErr AEGetParamPtr(const AppleEvent *theAppleEvent, AEKeyword theAEKeyword, DescType desiredType,
                     DescType *actualType, void *dataPtr, int32_t maximumSize, int32_t *actualSize)
 {
-    OSErr err = PlatformFaultCheck("AEGetParamPtr");
+    OSErr err = PlatformFaultCheck(kFaultAEGetParamPtr);
     if (err) return err;
     return gEvents->xGetParamPtr(theAppleEvent, theAEKeyword, desiredType, actualType, dataPtr, maximumSize,
                                  actualSize);
@@ -73,7 +74,7 @@ OSErr AEGetParamPtr(const AppleEvent *theAppleEvent, AEKeyword theAEKeyword, Des
 OSErr AESizeOfParam(const AppleEvent *theAppleEvent, AEKeyword theAEKeyword, DescType *typeCode,
                     int32_t *dataSize)
 {
-    OSErr err = PlatformFaultCheck("AESizeOfParam");
+    OSErr err = PlatformFaultCheck(kFaultAESizeOfParam);
     if (err) return err;
     return gEvents->xSizeOfParam(theAppleEvent, theAEKeyword, typeCode, dataSize);
 }
@@ -81,7 +82,7 @@ OSErr AESizeOfParam(const AppleEvent *theAppleEvent, AEKeyword theAEKeyword, Des
 OSErr AEGetAttributePtr(const AppleEvent *theAppleEvent, AEKeyword theAEKeyword, DescType desiredType,
                         DescType *typeCode, void *dataPtr, int32_t maximumSize, int32_t *actualSize)
 {
-    OSErr err = PlatformFaultCheck("AEGetAttributePtr");
+    OSErr err = PlatformFaultCheck(kFaultAEGetAttributePtr);
     if (err) return err;
     return gEvents->xGetAttributePtr(theAppleEvent, theAEKeyword, desiredType, typeCode, dataPtr, maximumSize,
                                      actualSize);
@@ -89,15 +90,13 @@ OSErr AEGetAttributePtr(const AppleEvent *theAppleEvent, AEKeyword theAEKeyword,
 
 OSErr AECountItems(const AEDesc *theAEDescList, int32_t *theCount)
 {
-    OSErr err = PlatformFaultCheck("AECountItems");
-    if (err) return err;
     return gEvents->xCountItems(theAEDescList, theCount);
 }
 
 OSErr AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, int32_t sendMode, int16_t sendPriority,
              int32_t timeOutInTicks, void *idleProc, void *filterProc)
 {
-    OSErr err = PlatformFaultCheck("AESend");
+    OSErr err = PlatformFaultCheck(kFaultAESend);
     if (err) {
         if (reply) gEvents->xInitializeDesc(reply);
         return err;
@@ -108,7 +107,7 @@ OSErr AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, int32_t sendMod
 OSErr AEInstallEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID, AEEventHandlerUPP handler,
                             intptr_t handlerRefcon, Boolean isSysHandler)
 {
-    OSErr err = PlatformFaultCheck("AEInstallEventHandler");
+    OSErr err = PlatformFaultCheck(kFaultAEInstallEventHandler);
     if (err) return err;
     return gEvents->xInstallEventHandler(theAEEventClass, theAEEventID, handler, handlerRefcon, isSysHandler);
 }
@@ -116,7 +115,7 @@ OSErr AEInstallEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID
 OSErr AERemoveEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID, AEEventHandlerUPP handler,
                            Boolean isSysHandler)
 {
-    OSErr err = PlatformFaultCheck("AERemoveEventHandler");
+    OSErr err = PlatformFaultCheck(kFaultAERemoveEventHandler);
     if (err) return err;
     return gEvents->xRemoveEventHandler(theAEEventClass, theAEEventID, handler, isSysHandler);
 }
@@ -124,14 +123,14 @@ OSErr AERemoveEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID,
 OSErr AEDisposeDesc(AEDesc *theAEDesc)
 {
     /* Disposing always happens, even when a fault is reported, so nothing leaks. */
-    OSErr err = PlatformFaultCheck("AEDisposeDesc");
+    OSErr err = PlatformFaultCheck(kFaultAEDisposeDesc);
     OSErr done = gEvents->xDisposeDesc(theAEDesc);
     return err ? err : done;
 }
 
 OSErr AECoerceDesc(const AEDesc *theAEDesc, DescType toType, AEDesc *result)
 {
-    OSErr err = PlatformFaultCheck("AECoerceDesc");
+    OSErr err = PlatformFaultCheck(kFaultAECoerceDesc);
     if (err) {
         gEvents->xInitializeDesc(result);
         return err;

@@ -64,19 +64,19 @@ void PlatformDialogUseDefault(void)
 
 int16_t RunModalDialog(const DialogSpec *theSpec)
 {
-    if (PlatformFaultCheck("RunModalDialog") || !theSpec) return -1;
+    if (PlatformFaultCheck(kFaultRunModalDialog) || !theSpec) return -1;
     return Dialogs()->xRun(theSpec);
 }
 
 void SysBeep(int16_t duration)
 {
-    if (PlatformFaultCheck("SysBeep")) return;
+    if (PlatformFaultCheck(kFaultSysBeep)) return;
     Dialogs()->xBeep(duration);
 }
 
 OSErr NavChooseFile(const char *windowTitle, const char *clientName, char *path, int32_t pathSize)
 {
-    OSErr err = PlatformFaultCheck("NavChooseFile");
+    OSErr err = PlatformFaultCheck(kFaultNavChooseFile);
     if (!err && (!path || pathSize < 1)) err = paramErr;
     if (!err) err = Dialogs()->xChooseFile(windowTitle ? windowTitle : "", clientName ? clientName : "", path, pathSize);
     if (err && path && pathSize > 0) path[0] = 0;
@@ -86,7 +86,7 @@ OSErr NavChooseFile(const char *windowTitle, const char *clientName, char *path,
 OSErr NavPutFile(const char *windowTitle, const char *clientName, const char *proposedName,
                  char *folderPath, int32_t folderSize, char *fileName, int32_t nameSize)
 {
-    OSErr err = PlatformFaultCheck("NavPutFile");
+    OSErr err = PlatformFaultCheck(kFaultNavPutFile);
     if (!err && (!folderPath || folderSize < 1 || !fileName || nameSize < 1)) err = paramErr;
     if (!err)
         err = Dialogs()->xPutFile(windowTitle ? windowTitle : "", clientName ? clientName : "",

@@ -1,8 +1,8 @@
 /*
- * Faults.cpp: fault injection for the toolbox wrappers. A small table of named
- * operations, each with its call counter and optional fault. Calls are counted only for
- * operations that have an entry (a fault was set, or PlatformFaultClear named them), so
- * that a process without faults pays one atomic load per toolbox call.
+ * Faults.cpp: fault injection for the toolbox wrappers. One slot per fault point, with
+ * its call counter and optional fault. While no fault is armed a check costs one atomic
+ * load and one atomic increment; the lock is taken only while some fault is armed.
+ * Also the parsing of TPX1_FAULTS, read once when the library loads.
  */
 #include "platform/Faults.h"
 
@@ -12,43 +12,48 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <string>
 
 namespace {
 
-enum { kMaxFaultOps = 64, kMaxOpName = 48 };
-
-struct FaultEntry {
-    char name[kMaxOpName];
+struct FaultSlot {
+    std::atomic<int32_t> calls;
     int32_t nth;          /* 0: no fault armed, only counting */
     OSErr err;
     bool persistent;
-    int32_t calls;
     int32_t hits;
 };
 
-std::mutex gFaultLock;
-FaultEntry gFaultTable[kMaxFaultOps];
-int gFaultEntryCount = 0;
-std::atomic<int> gFaultActive{0};   /* mirrors gFaultEntryCount for the fast path */
+const char *const kFaultPointNames[kFaultPointCount] = {
+#define TPX1_FAULT_POINT(Name, Manager) #Name,
+#include "platform/FaultPoints.def"
+#undef TPX1_FAULT_POINT
+};
 
-FaultEntry *FindFaultEntry(const char *op)
+const PlatformFaultManager kFaultPointManagers[kFaultPointCount] = {
+#define TPX1_FAULT_POINT(Name, Manager) kFaultManager##Manager,
+#include "platform/FaultPoints.def"
+#undef TPX1_FAULT_POINT
+};
+
+std::mutex gFaultLock;
+FaultSlot gFaultSlots[kFaultPointCount];
+std::atomic<int> gFaultsArmed{0};   /* slots whose nth is not 0 */
+
+bool IsPoint(int point)
 {
-    for (int i = 0; i < gFaultEntryCount; i++)
-        if (strcmp(gFaultTable[i].name, op) == 0) return &gFaultTable[i];
-    return nullptr;
+    return point >= 0 && point < kFaultPointCount;
 }
 
-/* Finds or adds the entry of op; NULL when the name is too long or the table is full. */
-FaultEntry *MakeFaultEntry(const char *op)
+/* Under the lock: puts a slot's fault (nth 0: none) and restarts its counts. */
+void ResetSlot(FaultSlot *slot, int32_t nth, OSErr err, bool persistent)
 {
-    FaultEntry *e = FindFaultEntry(op);
-    if (e) return e;
-    if (strlen(op) >= kMaxOpName || gFaultEntryCount == kMaxFaultOps) return nullptr;
-    e = &gFaultTable[gFaultEntryCount++];
-    memset(e, 0, sizeof *e);
-    strcpy(e->name, op);
-    gFaultActive.store(gFaultEntryCount, std::memory_order_release);
-    return e;
+    if ((slot->nth != 0) != (nth != 0)) gFaultsArmed.fetch_add(nth != 0 ? 1 : -1, std::memory_order_acq_rel);
+    slot->nth = nth;
+    slot->err = err;
+    slot->persistent = persistent;
+    slot->calls.store(0, std::memory_order_relaxed);
+    slot->hits = 0;
 }
 
 /* Parses a decimal integer that fills [p, end) exactly. */
@@ -65,8 +70,15 @@ bool ParseFaultNumber(const char *p, const char *end, long *out)
     return errno == 0 && *stop == 0;
 }
 
-/* One item NAME:N:ERROR[:always] in [p, end); false when malformed. */
-bool ParseFaultItem(const char *p, const char *end)
+struct FaultItem {
+    int point;
+    long nth;
+    long err;
+    bool persistent;
+};
+
+/* One item NAME:N:ERROR[:always] in [p, end); NULL when it is good, else why not. */
+const char *ParseFaultItem(const char *p, const char *end, FaultItem *item)
 {
     const char *field[5];
     const char *fieldEnd[5];
@@ -80,104 +92,132 @@ bool ParseFaultItem(const char *p, const char *end)
         if (!c) break;
         s = c + 1;
     }
-    if (n < 3 || n > 4) return false;
-    long nth, err;
-    size_t nameLen = fieldEnd[0] - field[0];
-    if (nameLen == 0 || nameLen >= kMaxOpName) return false;
-    if (!ParseFaultNumber(field[1], fieldEnd[1], &nth) || nth < 1 || nth > INT32_MAX) return false;
-    if (!ParseFaultNumber(field[2], fieldEnd[2], &err) || err < INT16_MIN || err > INT16_MAX) return false;
-    bool persistent = false;
-    if (n == 4) {
-        if (fieldEnd[3] - field[3] != 6 || strncmp(field[3], "always", 6) != 0) return false;
-        persistent = true;
-    }
-    char name[kMaxOpName];
-    memcpy(name, field[0], nameLen);
-    name[nameLen] = 0;
-    PlatformFaultSet(name, (int32_t)nth, (OSErr)err, persistent);
-    return true;
+    if (n < 3 || n > 4) return "want NAME:N:ERROR[:always]";
+    std::string name(field[0], fieldEnd[0]);
+    item->point = PlatformFaultPointNamed(name.c_str());
+    if (item->point < 0) return "no such fault point";
+    if (!ParseFaultNumber(field[1], fieldEnd[1], &item->nth) || item->nth < 1 || item->nth > INT32_MAX)
+        return "N must be a call number from 1";
+    if (!ParseFaultNumber(field[2], fieldEnd[2], &item->err) || item->err < INT16_MIN || item->err > INT16_MAX)
+        return "ERROR must be a Mac OS error number";
+    item->persistent = n == 4;
+    if (n == 4 && (fieldEnd[3] - field[3] != 6 || strncmp(field[3], "always", 6) != 0))
+        return "the fourth field can only be \"always\"";
+    return nullptr;
 }
 
 } // namespace
 
 extern "C" {
 
-void PlatformFaultSet(const char *op, int32_t nth, OSErr err, Boolean persistent)
+const char *PlatformFaultPointName(int point)
 {
-    if (!op) return;
-    std::lock_guard<std::mutex> hold(gFaultLock);
-    FaultEntry *e = MakeFaultEntry(op);
-    if (!e) return;
-    e->nth = nth > 0 ? nth : 1;
-    e->err = err;
-    e->persistent = persistent != 0;
-    e->calls = 0;
-    e->hits = 0;
+    return IsPoint(point) ? kFaultPointNames[point] : nullptr;
 }
 
-void PlatformFaultClear(const char *op)
+PlatformFaultManager PlatformFaultPointManager(PlatformFaultPoint point)
+{
+    return IsPoint(point) ? kFaultPointManagers[point] : kFaultManagerFile;
+}
+
+int PlatformFaultPointNamed(const char *name)
+{
+    for (int i = 0; name && i < kFaultPointCount; i++)
+        if (strcmp(kFaultPointNames[i], name) == 0) return i;
+    return -1;
+}
+
+void PlatformFaultSet(PlatformFaultPoint point, int32_t nth, OSErr err, Boolean persistent)
+{
+    if (!IsPoint(point)) return;
+    std::lock_guard<std::mutex> hold(gFaultLock);
+    ResetSlot(&gFaultSlots[point], nth > 0 ? nth : 1, err, persistent != 0);
+}
+
+void PlatformFaultClear(PlatformFaultPoint point)
+{
+    if (!IsPoint(point)) return;
+    std::lock_guard<std::mutex> hold(gFaultLock);
+    ResetSlot(&gFaultSlots[point], 0, noErr, false);
+}
+
+void PlatformFaultClearAll(void)
 {
     std::lock_guard<std::mutex> hold(gFaultLock);
-    if (!op) {
-        gFaultEntryCount = 0;
-        gFaultActive.store(0, std::memory_order_release);
-        return;
+    for (FaultSlot &slot : gFaultSlots) ResetSlot(&slot, 0, noErr, false);
+}
+
+int32_t PlatformFaultCalls(PlatformFaultPoint point)
+{
+    return IsPoint(point) ? gFaultSlots[point].calls.load(std::memory_order_relaxed) : 0;
+}
+
+int32_t PlatformFaultHits(PlatformFaultPoint point)
+{
+    if (!IsPoint(point)) return 0;
+    std::lock_guard<std::mutex> hold(gFaultLock);
+    return gFaultSlots[point].hits;
+}
+
+OSErr PlatformFaultCheck(PlatformFaultPoint point)
+{
+    if (!IsPoint(point)) return noErr;
+    FaultSlot *slot = &gFaultSlots[point];
+    if (gFaultsArmed.load(std::memory_order_acquire) == 0) {
+        slot->calls.fetch_add(1, std::memory_order_relaxed);
+        return noErr;
     }
-    /* The entry stays, unarmed, so that the calls of op are counted from now on. */
-    FaultEntry *e = MakeFaultEntry(op);
-    if (!e) return;
-    e->nth = 0;
-    e->calls = 0;
-    e->hits = 0;
-}
-
-int32_t PlatformFaultCalls(const char *op)
-{
-    if (!op) return 0;
     std::lock_guard<std::mutex> hold(gFaultLock);
-    FaultEntry *e = FindFaultEntry(op);
-    return e ? e->calls : 0;
-}
-
-int32_t PlatformFaultHits(const char *op)
-{
-    if (!op) return 0;
-    std::lock_guard<std::mutex> hold(gFaultLock);
-    FaultEntry *e = FindFaultEntry(op);
-    return e ? e->hits : 0;
-}
-
-OSErr PlatformFaultCheck(const char *op)
-{
-    if (gFaultActive.load(std::memory_order_acquire) == 0 || !op) return noErr;
-    std::lock_guard<std::mutex> hold(gFaultLock);
-    FaultEntry *e = FindFaultEntry(op);
-    if (!e) return noErr;
-    e->calls++;
-    if (e->nth == 0) return noErr;
-    bool fail = e->persistent ? e->calls >= e->nth : e->calls == e->nth;
+    int32_t calls = slot->calls.fetch_add(1, std::memory_order_relaxed) + 1;
+    if (slot->nth == 0) return noErr;
+    bool fail = slot->persistent ? calls >= slot->nth : calls == slot->nth;
     if (!fail) return noErr;
-    e->hits++;
-    if (!e->persistent) e->nth = 0;
-    return e->err;
+    slot->hits++;
+    OSErr err = slot->err;
+    if (!slot->persistent) {   /* once only: disarm, keep counting */
+        slot->nth = 0;
+        gFaultsArmed.fetch_sub(1, std::memory_order_acq_rel);
+    }
+    return err;
 }
 
-int PlatformFaultParse(const char *theSpec, const char **bad)
+int PlatformFaultParse(const char *list, char *report, int32_t reportSize)
 {
-    if (bad) *bad = nullptr;
-    if (!theSpec) return 0;
-    int result = 0;
-    const char *p = theSpec;
-    while (*p) {
+    if (!list) return 0;
+    std::string text;
+    int notApplied = 0;
+    const char *chosen[kFaultPointCount] = {};   /* the item that set each point */
+    for (const char *p = list; *p;) {
         const char *end = strchr(p, ',');
         if (!end) end = p + strlen(p);
-        if (end > p && !ParseFaultItem(p, end) && result == 0) {
-            result = -1;
-            if (bad) *bad = p;
+        std::string quoted = "\"" + std::string(p, end) + "\"";
+        FaultItem item;
+        if (end > p) {
+            if (const char *why = ParseFaultItem(p, end, &item)) {
+                notApplied++;
+                text += "  bad item " + quoted + ": " + why + "\n";
+            } else {
+                if (const char *earlier = chosen[item.point]) {
+                    notApplied++;
+                    text += "  item \"" + std::string(earlier, strcspn(earlier, ",")) + "\" dropped: " +
+                            kFaultPointNames[item.point] + " holds one fault, and the later " + quoted +
+                            " replaces it\n";
+                }
+                chosen[item.point] = p;
+                PlatformFaultSet((PlatformFaultPoint)item.point, (int32_t)item.nth, (OSErr)item.err,
+                                 item.persistent);
+            }
         }
         p = *end ? end + 1 : end;
     }
-    return result;
+    if (report && reportSize > 0) {
+        if ((int32_t)text.size() >= reportSize) {
+            text.resize(reportSize - 1);
+            if (reportSize > 4) text.replace(reportSize - 4, 3, "...");
+        }
+        memcpy(report, text.c_str(), text.size() + 1);
+    }
+    return notApplied;
 }
 
 } // extern "C"
@@ -185,10 +225,10 @@ int PlatformFaultParse(const char *theSpec, const char **bad)
 /* TPX1_FAULTS is read once, when the library loads. */
 __attribute__((constructor)) static void LoadFaultsFromEnvironment(void)
 {
-    const char *theSpec = getenv("TPX1_FAULTS");
-    const char *bad = nullptr;
-    if (theSpec && PlatformFaultParse(theSpec, &bad) != 0) {
-        size_t len = strcspn(bad, ",");
-        fprintf(stderr, "tpx1: TPX1_FAULTS: bad item \"%.*s\" (want NAME:N:ERROR[:always])\n", (int)len, bad);
-    }
+    const char *list = getenv("TPX1_FAULTS");
+    char report[2048];
+    int notApplied = list ? PlatformFaultParse(list, report, sizeof report) : 0;
+    if (notApplied != 0)
+        fprintf(stderr, "tpx1: TPX1_FAULTS: %d item%s not applied:\n%s%s", notApplied, notApplied == 1 ? "" : "s",
+                report, report[0] && report[strlen(report) - 1] == '\n' ? "" : "\n");
 }

@@ -103,42 +103,40 @@ const Tpx1ProcessMethods *PlatformInstallProcesses(const Tpx1ProcessMethods *met
 
 OSErr GetCurrentProcess(ProcessSerialNumber *psn)
 {
-    OSErr err = PlatformFaultCheck("GetCurrentProcess");
+    OSErr err = PlatformFaultCheck(kFaultGetCurrentProcess);
     if (err) return err;
     return gProcesses->xGetCurrentProcess(psn);
 }
 
 OSErr GetNextProcess(ProcessSerialNumber *psn)
 {
-    OSErr err = PlatformFaultCheck("GetNextProcess");
+    OSErr err = PlatformFaultCheck(kFaultGetNextProcess);
     if (err) return err;
     return gProcesses->xGetNextProcess(psn);
 }
 
 OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info)
 {
-    OSErr err = PlatformFaultCheck("GetProcessInformation");
+    OSErr err = PlatformFaultCheck(kFaultGetProcessInformation);
     if (err) return err;
     return gProcesses->xGetProcessInformation(psn, info);
 }
 
 OSErr SetFrontProcess(const ProcessSerialNumber *psn)
 {
-    OSErr err = PlatformFaultCheck("SetFrontProcess");
+    OSErr err = PlatformFaultCheck(kFaultSetFrontProcess);
     if (err) return err;
     return gProcesses->xSetFrontProcess(psn);
 }
 
 OSErr SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b, Boolean *result)
 {
-    OSErr err = PlatformFaultCheck("SameProcess");
-    if (err) return err;
     return gProcesses->xSameProcess(a, b, result);
 }
 
 OSErr LaunchApplication(LaunchParamBlockRec *block)
 {
-    OSErr err = PlatformFaultCheck("LaunchApplication");
+    OSErr err = PlatformFaultCheck(kFaultLaunchApplication);
     if (err) return err;
     return gProcesses->xLaunchApplication(block);
 }

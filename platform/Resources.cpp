@@ -33,7 +33,7 @@ const Tpx1ResourceMethods *PlatformInstallResources(const Tpx1ResourceMethods *m
 
 int16_t OpenResFile(const char *posixPath)
 {
-    OSErr err = PlatformFaultCheck("OpenResFile");
+    OSErr err = PlatformFaultCheck(kFaultOpenResFile);
     int16_t ref = err ? (int16_t)err : Store()->xOpen(posixPath);
     if (ref <= 0) {
         gResError = ref < 0 ? (OSErr)ref : (OSErr)resFNotFound;
@@ -46,7 +46,7 @@ int16_t OpenResFile(const char *posixPath)
 
 void CloseResFile(int16_t refNum)
 {
-    OSErr err = PlatformFaultCheck("CloseResFile");
+    OSErr err = PlatformFaultCheck(kFaultCloseResFile);
     gResError = err;
     if (err) return;
     Store()->xClose(refNum);
@@ -61,7 +61,7 @@ int16_t CurResFile(void)
 
 void UseResFile(int16_t refNum)
 {
-    OSErr err = PlatformFaultCheck("UseResFile");
+    OSErr err = PlatformFaultCheck(kFaultUseResFile);
     gResError = err;
     if (!err) gCurResFile = refNum;
 }
@@ -73,7 +73,7 @@ OSErr ResError(void)
 
 OSErr GetResourceText(OSType type, int16_t id, int16_t index, char *dest, int32_t destSize)
 {
-    OSErr err = PlatformFaultCheck("GetResourceText");
+    OSErr err = PlatformFaultCheck(kFaultGetResourceText);
     if (!err) err = Store()->xText(gCurResFile, type, id, index, dest, destSize);
     if (err && dest && destSize > 0) dest[0] = 0;
     gResError = err;
@@ -83,7 +83,7 @@ OSErr GetResourceText(OSType type, int16_t id, int16_t index, char *dest, int32_
 void GetIndString(StringPtr theString, int16_t strListID, int16_t index)
 {
     char text[256];
-    OSErr err = PlatformFaultCheck("GetIndString");
+    OSErr err = PlatformFaultCheck(kFaultGetIndString);
     if (!err && index < 1) err = resNotFound;
     if (!err) err = Store()->xText(gCurResFile, FOUR_CHAR('S', 'T', 'R', '#'), strListID, index, text, sizeof text);
     gResError = err;

@@ -25,6 +25,7 @@ void Plugin_Init(short hostVersion)
     OSTypeToString(signature, signatureText);
 
     InitDataLists();
+    ReopenIac();
 
     SetGlobalFromStr("App Name", 1, appName);
     SetGlobalFromStr("App Path", 1, appPath);
@@ -51,7 +52,7 @@ void Plugin_Shutdown(void)
     }
     /* A shut-down plug-in takes no more messages: one still on its way (even a "BYE "
      * the host sent itself) must not land in the lists freed here. */
-    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
+    CloseIac();
     DisposeDataLists();
 }
 

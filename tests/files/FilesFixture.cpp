@@ -35,7 +35,7 @@ void FilesTest::SetUp()
 
     HostMemoryInstall(&block_);
     gFMX_ExternCallPtr = &block_;
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
     PlatformDialogUseRecorder();
     PlatformDialogClearRecord();
     ResetPathState();
@@ -49,7 +49,7 @@ void FilesTest::TearDown()
 {
     DisposeDataLists();
     EXPECT_EQ(HostMemoryLivePointers(), 0);
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
     PlatformClockUseReal();
     PlatformDialogUseDefault();
     ResetPathState();

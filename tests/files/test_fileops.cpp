@@ -58,10 +58,10 @@ TEST_F(FilesTest, CopyFileCopiesTheDataFork)
     PascalOf(Classic("locked.bin"), locked);
     ASSERT_EQ(HSetFLock(0, 0, locked), noErr);
     WriteFile("Apps/small.txt", "new");
-    PlatformFaultSet("HRstFLock", 1000000, ioErr, false);   /* counts the calls */
+    PlatformFaultSet(kFaultHRstFLock, 1000000, ioErr, false);   /* counts the calls */
     EXPECT_EQ(Call(kTPX1CopyFile, ":small.txt|" + Classic("locked.bin")), "");
     EXPECT_EQ(ReadFile("locked.bin"), "new");
-    EXPECT_EQ(PlatformFaultCalls("HRstFLock"), 1);
+    EXPECT_EQ(PlatformFaultCalls(kFaultHRstFLock), 1);
     EXPECT_TRUE(TakeDialogs().empty());
 }
 
@@ -95,30 +95,30 @@ TEST_F(FilesTest, CopyFileFailureTexts)
     WriteFile("Apps/src.txt", "source bytes");
     int number = 0;
     struct Case {
-        const char *op;
+        PlatformFaultPoint op;
         int nth;
         const char *text;
     } cases[] = {
-        {"HGetFInfo", 1, "Error: hgetfinfo failed."},
-        {"HOpenDF", 1, "Error: hopendf failed."},
-        {"GetEOF", 1, "Error: GetEOF failed."},
-        {"HCreate", 1, "Error: HCreate failed."},
-        {"HOpenDF", 2, "Error: HOpenDF failed."},
-        {"FSRead", 1, "Error: TransferFileSection failed."},
-        {"FSWrite", 1, "Error: TransferFileSection failed."},
+        {kFaultHGetFInfo, 1, "Error: hgetfinfo failed."},
+        {kFaultHOpenDF, 1, "Error: hopendf failed."},
+        {kFaultGetEOF, 1, "Error: GetEOF failed."},
+        {kFaultHCreate, 1, "Error: HCreate failed."},
+        {kFaultHOpenDF, 2, "Error: HOpenDF failed."},
+        {kFaultFSRead, 1, "Error: TransferFileSection failed."},
+        {kFaultFSWrite, 1, "Error: TransferFileSection failed."},
     };
     for (const Case &c : cases) {
-        PlatformFaultClear(nullptr);
+        PlatformFaultClearAll();
         PlatformFaultSet(c.op, c.nth, ioErr, false);
         /* A failed copy leaves its files open, so every case copies to a new name. */
         std::string arg = ":src.txt|:dst" + std::to_string(++number) + ".txt";
-        EXPECT_EQ(Call(kTPX1CopyFile, arg), c.text) << c.op;
-        EXPECT_EQ(PlatformFaultHits(c.op), 1) << c.op;
+        EXPECT_EQ(Call(kTPX1CopyFile, arg), c.text) << PlatformFaultPointName(c.op);
+        EXPECT_EQ(PlatformFaultHits(c.op), 1) << PlatformFaultPointName(c.op);
         auto dialogs = TakeDialogs();
         bool transfer = strcmp(c.text, "Error: TransferFileSection failed.") == 0;
-        EXPECT_EQ(dialogs.size(), transfer ? 1u : 0u) << c.op;
+        EXPECT_EQ(dialogs.size(), transfer ? 1u : 0u) << PlatformFaultPointName(c.op);
         if (transfer) {
-            EXPECT_TRUE(Contains(dialogs, "Error: -36")) << c.op;
+            EXPECT_TRUE(Contains(dialogs, "Error: -36")) << PlatformFaultPointName(c.op);
         }
     }
 }
@@ -140,10 +140,10 @@ TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
     EXPECT_EQ(HostMemoryAllocationCount(), 20) << "100000 down to 5000 in steps of 5000";
 
     HostMemorySetFailure(1, kHostFailOnce);
-    PlatformFaultSet("FSRead", 1000000, ioErr, false);   /* counts the calls */
+    PlatformFaultSet(kFaultFSRead, 1000000, ioErr, false);   /* counts the calls */
     EXPECT_EQ(TransferFileSection(source, destination, 100000, 200000), noErr);
     EXPECT_EQ(HostMemoryAllocationCount(), 2);
-    EXPECT_EQ(PlatformFaultCalls("FSRead"), 2) << "a 95000-byte buffer needs two reads";
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 2) << "a 95000-byte buffer needs two reads";
     HostMemorySetFailure(0, kHostFailOff);
     FSClose(source);
     FSClose(destination);
@@ -159,22 +159,22 @@ TEST_F(FilesTest, DeleteFileRetriesABusyFile)
 
     PlatformClockUseManual(1000, 7);
     WriteFile("Apps/busy.txt", "x");
-    PlatformFaultSet("HDelete", 1, fBsyErr, false);
+    PlatformFaultSet(kFaultHDelete, 1, fBsyErr, false);
     EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "");
-    EXPECT_EQ(PlatformFaultCalls("HDelete"), 2);
+    EXPECT_EQ(PlatformFaultCalls(kFaultHDelete), 2);
     EXPECT_FALSE(Exists("Apps/busy.txt"));
 
     WriteFile("Apps/busy.txt", "x");
-    PlatformFaultSet("HDelete", 1, fBsyErr, true);
+    PlatformFaultSet(kFaultHDelete, 1, fBsyErr, true);
     uint32_t before = TickCount();
     EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "Error -47: Unable to delete file: " + AppFolder() + "busy.txt");
-    EXPECT_EQ(PlatformFaultCalls("HDelete"), 16);
+    EXPECT_EQ(PlatformFaultCalls(kFaultHDelete), 16);
     EXPECT_GE(TickCount() - before, 15u * 60u) << "one second between tries";
     EXPECT_TRUE(Exists("Apps/busy.txt"));
 
-    PlatformFaultSet("HDelete", 1, permErr, false);
+    PlatformFaultSet(kFaultHDelete, 1, permErr, false);
     EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "Error -54: Unable to delete file: " + AppFolder() + "busy.txt");
-    EXPECT_EQ(PlatformFaultCalls("HDelete"), 1) << "only a busy file is tried again";
+    EXPECT_EQ(PlatformFaultCalls(kFaultHDelete), 1) << "only a busy file is tried again";
     EXPECT_TRUE(TakeDialogs().empty());
 }
 
@@ -194,16 +194,16 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9|5|:f.txt"), "");
     EXPECT_TRUE(TakeDialogs().empty());
 
-    PlatformFaultSet("FSRead", 1, ioErr, false);
+    PlatformFaultSet(kFaultFSRead, 1, ioErr, false);
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: FSRead returned an error.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
-    PlatformFaultSet("HGetFInfo", 1, ioErr, false);
+    PlatformFaultSet(kFaultHGetFInfo, 1, ioErr, false);
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: hgetfinfo failed.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
-    PlatformFaultSet("GetEOF", 1, ioErr, false);
+    PlatformFaultSet(kFaultGetEOF, 1, ioErr, false);
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: GetEOF failed.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
-    PlatformFaultSet("HOpenDF", 1, permErr, false);
+    PlatformFaultSet(kFaultHOpenDF, 1, permErr, false);
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "2|2|:f.txt"), "Error: hopendf failed.");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -54"));
 }
@@ -223,7 +223,7 @@ TEST_F(FilesTest, ListingAdmitsZipAndRpfInCatalogOrder)
     EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:noext")), "");
     EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:missing.zip")), "");
 
-    PlatformFaultSet("PBGetCatInfoSync", 3, ioErr, false);
+    PlatformFaultSet(kFaultPBGetCatInfoSync, 3, ioErr, false);
     Call(kTPX1GetListOfFilesInFolder, Classic("L:b.zip"));
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
 }
@@ -264,7 +264,7 @@ TEST_F(FilesTest, WriteAndReadHelpers)
     EXPECT_EQ(dialogs[0].rfind("Error reading file: ", 0), 0u);
     EXPECT_NE(dialogs[0].find(missing), std::string::npos);
 
-    PlatformFaultSet("FSWrite", 1, dskFulErr, false);
+    PlatformFaultSet(kFaultFSWrite, 1, dskFulErr, false);
     EXPECT_EQ(WriteCStringToFile(path.c_str(), "full"), dskFulErr);
     dialogs = TakeDialogs();
     ASSERT_EQ(dialogs.size(), 1u);

@@ -164,7 +164,7 @@ TEST_F(RepformTest, AFailedWriteLeavesTheEarlierChunksChanged)
     size_t at[6];
     std::string bytes = ThreeChunkFile(at, 6);
     WriteFile("Apps/big.rpf", bytes);
-    PlatformFaultSet("FSWrite", 2, ioErr, false);
+    PlatformFaultSet(kFaultFSWrite, 2, ioErr, false);
     EXPECT_EQ(Change("2007|:big.rpf"), "");
     auto dialogs = TakeDialogs();
     ASSERT_EQ(dialogs.size(), 1u);
@@ -179,20 +179,20 @@ TEST_F(RepformTest, AFailedWriteLeavesTheEarlierChunksChanged)
 TEST_F(RepformTest, FailuresAreReported)
 {
     WriteFile("Apps/a.rpf", "head CMTR2005 mid fdtR2007 tail");
-    PlatformFaultSet("HGetFInfo", 1, ioErr, false);
+    PlatformFaultSet(kFaultHGetFInfo, 1, ioErr, false);
     EXPECT_EQ(Years(":a.rpf"), "");
     auto dialogs = TakeDialogs();
     ASSERT_EQ(dialogs.size(), 2u);
     EXPECT_EQ(dialogs[0], "Error: hgetfinfo failed.");
     EXPECT_NE(dialogs[1].find("Error: -36"), std::string::npos);
 
-    PlatformFaultSet("HOpenDF", 1, permErr, false);
+    PlatformFaultSet(kFaultHOpenDF, 1, permErr, false);
     EXPECT_EQ(Change("2001|:a.rpf"), "");
     dialogs = TakeDialogs();
     ASSERT_EQ(dialogs.size(), 2u);
     EXPECT_EQ(dialogs[0], "Error: hopendf failed.");
 
-    PlatformFaultSet("GetEOF", 1, ioErr, false);
+    PlatformFaultSet(kFaultGetEOF, 1, ioErr, false);
     EXPECT_EQ(Years(":a.rpf"), "");
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: GetEOF failed."));
 

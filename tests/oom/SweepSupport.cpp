@@ -62,6 +62,13 @@ void SetUp(unsigned setup)
         Call(kTPX1SetKnownFriend, "NMB5|Linux:opt:NIMBO:NIMBO");
         Call(kTPX1SetHandledMessages, "INFO|HOLA|MHIT|OBID");
     }
+    if (setup & kSetupNimbo) {
+        PlatformMemoryBusAddApp(FOUR_CHAR('N', 'M', 'B', '5'), "NIMBO", "/opt/NIMBO/NIMBO");
+        Call(kTPX1SetKnownFriend, "NMB5|Linux:opt:NIMBO:NIMBO");
+        Call(kTPX1SetNimboSharingMenu, "Nimbo|Show");
+    }
+    if (setup & kSetupLaunchable)
+        PlatformMemoryBusSetLaunchSignature(FOUR_CHAR('N', 'M', 'B', '5'));
     if (setup & kSetupMessaging)
         Call(kTPX1InitIAC, "");
     if (setup & kSetupMenus) {
@@ -111,6 +118,22 @@ void DeliverIncomingMessage()
     PlatformMemoryBusDeliver(&event, FOUR_CHAR('T', 'P', 'X', '1'));
     AEDisposeDesc(&event);
     AEDisposeDesc(&address);
+}
+
+/* What a host does with the built plug-in: load it, start it, call one function by its
+ * name, shut it down and unload it. */
+std::string LoadCallUnload()
+{
+    HostPlugin loaded;
+    std::string error;
+    if (HostLoadPlugin(TPX1_FMX_PATH, &loaded, &error) != 0)
+        return "Error: " + error;
+    HostInit(&loaded, 60);
+    int id = HostFunctionId(&loaded, "TPX1Version");
+    std::string result = id < 0 ? "Error: no function TPX1Version" : HostCallExternal(&loaded, id, "");
+    HostShutdown(&loaded);
+    HostUnloadPlugin(&loaded);
+    return result;
 }
 
 /* Every global reads back through TPX1GetGlobal exactly as stored. */
@@ -180,6 +203,8 @@ const std::vector<SweepCase> &SweepCases()
         {kTPX1SetSIGNPSIG, "ABCD|EFGH", kSetupNone, {}},
         {kTPX1SetStartupDocument, "Doc.fp5", kSetupNone, {}},
         {kTPX1InitIAC, "", kSetupPartners | kSetupMenus, {}},
+        /* The NIMBO menu following the greeting fails to go: a beep. */
+        {kTPX1InitIAC, "", kSetupNimbo, {}, kFaultAESend, 2},
         {kTPX1SetGlobal, "Count|4", kSetupGlobals, {}},
         {kTPX1SetGlobal, "Fresh|a long value for a new global", kSetupGlobals, {}},
         {kTPX1AppendToGlobal, "Log|NODUPES|b\rc\r", kSetupGlobals, {}},
@@ -203,6 +228,8 @@ const std::vector<SweepCase> &SweepCases()
         {kTPX1GetParameterLatLong, "", kSetupIncoming, {}},
         {kTPX1IsAppRunning, "TPX1", kSetupPartners, {}},
         {kTPX1GoToApp, "TPX1", kSetupPartners, {}},
+        {kTPX1GoToApp, "NMB5", kSetupLaunchable, {"Unable to locate NIMBO"}},
+        {kTPX1GoToApp, "NMB5", kSetupNone, {"Unable to locate NIMBO"}},
         {kTPX1ShowOnMap, "0123456789ABCDEF\tRoads\tCity", kSetupPartners | kSetupMenus, {}},
         {kTPX1ProcessLST2ParameterForTopolux, "", kSetupOutgoing, {}},
         {kTPX1SetTopoluxSharingMenu, "Solution|Info;Link", kSetupNone, {}},
@@ -229,6 +256,7 @@ const std::vector<SweepCase> &SweepCases()
         {kSweepIdle, "", kSetupGlobals | kSetupTrigger | kSetupArchive | kSetupPartners, {}},
         {kSweepReceive, "", kSetupPartners | kSetupMessaging | kSetupMenus, {}},
         {kSweepShutdown, "", kSetupPartners | kSetupMessaging | kSetupGlobals | kSetupArchive | kSetupOutgoing, {}},
+        {kSweepLoad, "", kSetupNone, {}},
     };
     return kCases;
 }
@@ -239,6 +267,7 @@ std::string SweepCaseName(const SweepCase &c)
     case kSweepIdle: return "idle";
     case kSweepReceive: return "incoming message";
     case kSweepShutdown: return "shutdown";
+    case kSweepLoad: return "loading the plug-in";
     default: return "id " + std::to_string(c.id) + " (\"" + c.argument + "\")";
     }
 }
@@ -255,6 +284,8 @@ SweepRun RunSweepCase(const SweepCase &c, void (*arm)(void *), void (*disarm)(vo
     if (c.id == kSweepReceive)
         DeliverIncomingMessage();   /* queued now, handled once the failure is armed */
     arm(context);
+    if (c.alsoFailing != kFaultPointCount)
+        PlatformFaultSet(c.alsoFailing, c.alsoFailingCall, connectionInvalid, false);
     switch (c.id) {
     case kSweepIdle:
         HostIdle(plugin, 0);
@@ -265,6 +296,11 @@ SweepRun RunSweepCase(const SweepCase &c, void (*arm)(void *), void (*disarm)(vo
         break;
     case kSweepShutdown:
         HostShutdown(plugin);
+        DeliverIncomingMessage();   /* must not reach the freed lists */
+        HarnessDrainEvents();
+        break;
+    case kSweepLoad:
+        run.result = LoadCallUnload();
         break;
     default:
         run.result = HostCallExternal(plugin, c.id, Expand(c.argument));
@@ -275,7 +311,7 @@ SweepRun RunSweepCase(const SweepCase &c, void (*arm)(void *), void (*disarm)(vo
     run.hostFailures = HostMemoryFailuresDelivered();
     disarm(context);
     HostMemorySetFailure(0, kHostFailOff);
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
 
     run.dialogs = HarnessTakeDialogs();
     run.openFiles = HarnessOpenFileCount();

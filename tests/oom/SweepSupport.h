@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/Faults.h"
+
 /* What a call needs before it runs. */
 enum SweepSetup : unsigned {
     kSetupNone = 0,
@@ -23,11 +25,18 @@ enum SweepSetup : unsigned {
     kSetupMessaging = 1 << 5,  /* TPX1InitIAC called: the handler is installed */
     kSetupMenus = 1 << 6,      /* sharing menus, actions, map info, first view, alert texts */
     kSetupTrigger = 1 << 7,    /* a global's script has been triggered (name recorded) */
-    kSetupLstaOnly = 1 << 8    /* the first received message carries LSTA but no LST2 */
+    kSetupLstaOnly = 1 << 8,   /* the first received message carries LSTA but no LST2 */
+    kSetupLaunchable = 1 << 9, /* launching NIMBO from its default place makes it run */
+    kSetupNimbo = 1 << 10      /* NIMBO alone running and known, its sharing menu set */
 };
 
 /* Special ids for what is not an external function. */
-enum { kSweepIdle = -100, kSweepReceive = -101, kSweepShutdown = -102 };
+enum {
+    kSweepIdle = -100,
+    kSweepReceive = -101,
+    kSweepShutdown = -102,   /* Shutdown, then a message arriving after it */
+    kSweepLoad = -103        /* the host loading the built plug-in, one call, unloading it */
+};
 
 struct SweepCase {
     int id;                        /* an ExternalId, or one of the special ids */
@@ -35,6 +44,10 @@ struct SweepCase {
     unsigned setup;
     std::vector<std::string> expectedTexts;   /* dialog texts the call may show besides the
                                                  memory sentence (substrings) */
+    /* A platform call that fails in this case anyway (at call alsoFailingCall, with
+     * connectionInvalid), to reach what only such a failure reaches. */
+    PlatformFaultPoint alsoFailing = kFaultPointCount;
+    int32_t alsoFailingCall = 0;
 };
 
 /* Every representative call. */

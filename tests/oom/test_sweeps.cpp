@@ -2,9 +2,9 @@
  * test_sweeps.cpp: the out-of-memory sweep and the fault sweeps. Every representative
  * call (each external function, idle, an incoming message, shutdown) runs against a fresh
  * plug-in with the Nth host allocation failing, for N = 1, 2, ... until a run meets no
- * failure, once and from then on; the file functions run with every file operation
- * failing in turn with the errors a Mac gives; the messaging calls with every event and
- * process call failing in turn. After each run: no crash, the stores hold together and
+ * failure, once and from then on; and with every platform fault point it reaches (file,
+ * event, process, resource and dialog calls) failing in turn with the errors a Mac gives
+ * for it. After each run: no crash, the stores hold together and
  * read back, the archive keeps its order, only the memory sentence or the call's own
  * error texts are shown, and Shutdown gives every handle and pointer back.
  * Each test prints its figures (runs, failure points, faults delivered).
@@ -120,8 +120,32 @@ TEST(OutOfMemorySweep, EveryCallSurvivesEachHostAllocationFailing)
 
 /* ---- Platform faults ---- */
 
+/* Points that no representative call reaches, and why. */
+struct Unreached {
+    PlatformFaultPoint point;
+    const char *why;
+};
+const Unreached kUnreached[] = {
+    {kFaultFSpOpenDF, "only the file-writing helpers open by FSSpec, and no external function writes a file"},
+    {kFaultFSpDelete, "only the file-writing helpers delete by FSSpec, and no external function writes a file"},
+    {kFaultAECoerceDesc, "only a launch with a document coerces an event, and no external function hands one"},
+};
+
+/* The errors each manager's calls fail with, and the texts their failures may show. */
+struct ManagerSweep {
+    PlatformFaultManager manager;
+    const char *title;
+    std::vector<OSErr> errors;
+    std::vector<std::string> alsoAllowed;
+};
+
+void PrintTo(const ManagerSweep &sweep, std::ostream *out)
+{
+    *out << sweep.title;
+}
+
 struct PlatformFailure {
-    const char *op;
+    PlatformFaultPoint point;
     int32_t nth;
     OSErr err;
     bool persistent;
@@ -131,45 +155,61 @@ struct PlatformFailure {
 void ArmPlatformFailure(void *context)
 {
     auto *failure = static_cast<PlatformFailure *>(context);
-    PlatformFaultSet(failure->op, failure->nth, failure->err, failure->persistent);
+    PlatformFaultSet(failure->point, failure->nth, failure->err, failure->persistent);
 }
 
 void ReadPlatformFailure(void *context)
 {
     auto *failure = static_cast<PlatformFailure *>(context);
-    failure->hits = PlatformFaultHits(failure->op);
+    failure->hits = PlatformFaultHits(failure->point);
 }
 
-/* Runs each case with each operation failing at each of its calls (once), and at every
- * call (from the first on), with each error. */
-void SweepFaults(Tally *tally, const std::vector<int> &ids, const std::vector<const char *> &ops,
-                 const std::vector<OSErr> &errors, const std::vector<std::string> &alsoAllowed)
+void CountFromNow(void *) { PlatformFaultClearAll(); }
+
+void ReadCalls(void *context)
 {
+    auto *calls = static_cast<std::vector<int32_t> *>(context);
+    for (int point = 0; point < kFaultPointCount; point++)
+        (*calls)[point] = PlatformFaultCalls(static_cast<PlatformFaultPoint>(point));
+}
+
+class FaultSweep : public testing::TestWithParam<ManagerSweep> {};
+
+/* Every case runs once as it is, to see which points it reaches; then with each point of
+ * the manager that it reached failing at each of its calls (once) and at every call (from
+ * the first on), with each error. A point of the manager that no case reached must be
+ * listed as unreached, and a listed one must stay unreached. */
+TEST_P(FaultSweep, EveryCallSurvivesEachPointFailing)
+{
+    const ManagerSweep &sweep = GetParam();
+    Tally tally;
+    std::vector<std::string> reachedBy(kFaultPointCount);
     for (const SweepCase &c : SweepCases()) {
-        bool wanted = false;
-        for (int id : ids)
-            wanted = wanted || id == c.id;
-        if (!wanted)
-            continue;
-        PlatformFailure none{"None", 1, 0, false, 0};
-        std::string normal = RunSweepCase(c, ArmPlatformFailure, ReadPlatformFailure, &none).result;
-        for (const char *op : ops) {
-            for (OSErr err : errors) {
+        std::vector<int32_t> calls(kFaultPointCount);
+        std::string normal = RunSweepCase(c, CountFromNow, ReadCalls, &calls).result;
+        for (int point = 0; point < kFaultPointCount; point++) {
+            auto faultPoint = static_cast<PlatformFaultPoint>(point);
+            if (calls[point] == 0 || PlatformFaultPointManager(faultPoint) != sweep.manager || point == c.alsoFailing)
+                continue;
+            if (reachedBy[point].empty())
+                reachedBy[point] = SweepCaseName(c);
+            const char *name = PlatformFaultPointName(point);
+            for (OSErr err : sweep.errors) {
                 for (int32_t nth = 0; nth <= 200; nth++) {
                     /* nth 0 stands for "every call from the first on". */
-                    PlatformFailure failure{op, nth == 0 ? 1 : nth, err, nth == 0, 0};
+                    PlatformFailure failure{faultPoint, nth == 0 ? 1 : nth, err, nth == 0, 0};
                     SweepRun run = RunSweepCase(c, ArmPlatformFailure, ReadPlatformFailure, &failure);
-                    std::string where = SweepCaseName(c) + ", " + op + " " +
+                    std::string where = SweepCaseName(c) + ", " + name + " " +
                                         (nth == 0 ? std::string("always") : "call " + std::to_string(nth)) +
                                         " failing with " + std::to_string(err);
-                    CheckRun(tally, c, run, where, alsoAllowed, strcmp(op, "FSClose") == 0 && failure.hits > 0);
+                    CheckRun(&tally, c, run, where, sweep.alsoAllowed, point == kFaultFSClose && failure.hits > 0);
                     if (failure.hits == 0)
                         break;
-                    tally->failurePoints++;
+                    tally.failurePoints++;
                     if (ToldTheUser(run)) {
-                        tally->errorsShown++;
+                        tally.errorsShown++;
                     } else {
-                        tally->silent++;
+                        tally.silent++;
                         if (getenv("TPX1_SWEEP_VERBOSE"))
                             printf("silent: %s -> \"%s\" (normally \"%s\")\n", where.c_str(), run.result.c_str(),
                                    normal.c_str());
@@ -178,37 +218,32 @@ void SweepFaults(Tally *tally, const std::vector<int> &ids, const std::vector<co
             }
         }
     }
-}
-
-TEST(FaultSweep, FileFunctionsSurviveEveryFileOperationFailing)
-{
-    Tally tally;
-    SweepFaults(&tally,
-                {kTPX1FileExists, kTPX1CopyFile, kTPX1DeleteFile, kTPX1GetRepformYearsFromIDs,
-                 kTPX1ChangeRepformIDsInFile, kTPX1GetCharsFromFile, kTPX1GetListOfFilesInFolder,
-                 kTPX1FileSystemRepresentationFromClassicPath},
-                {"FSMakeFSSpec", "HGetFInfo", "HSetFInfo", "FSpGetFInfo", "HOpenDF", "FSpOpenDF", "GetEOF",
-                 "SetEOF", "GetFPos", "SetFPos", "FSRead", "FSWrite", "FSClose", "HCreate", "FSpCreate", "HDelete",
-                 "FSpDelete", "HSetFLock", "HRstFLock", "PBGetCatInfoSync", "FindFolder", "FSpGetPOSIXPath",
-                 "PlatformClassicPathToPOSIX", "PlatformPOSIXPathToClassic"},
-                {ioErr, fnfErr, permErr, dskFulErr}, {"Error"});
-    PrintTally("file operation faults", tally);
+    for (int point = 0; point < kFaultPointCount; point++) {
+        auto faultPoint = static_cast<PlatformFaultPoint>(point);
+        if (PlatformFaultPointManager(faultPoint) != sweep.manager)
+            continue;
+        const Unreached *listed = nullptr;
+        for (const Unreached &u : kUnreached)
+            listed = u.point == faultPoint ? &u : listed;
+        if (reachedBy[point].empty() && !listed)
+            ADD_FAILURE() << PlatformFaultPointName(point) << " is reached by no call: sweep it or list it as unreached";
+        if (!reachedBy[point].empty() && listed)
+            ADD_FAILURE() << PlatformFaultPointName(point) << " is listed as unreached, yet " << reachedBy[point]
+                          << " reaches it";
+    }
+    PrintTally((std::string(sweep.title) + " faults").c_str(), tally);
     EXPECT_EQ(0, tally.problems);
 }
 
-TEST(FaultSweep, MessagingSurvivesEveryBusCallFailing)
-{
-    Tally tally;
-    SweepFaults(&tally,
-                {kTPX1InitIAC, kTPX1SendMessageTo, kTPX1IsAppRunning, kTPX1GoToApp, kTPX1ShowOnMap,
-                 kSweepIdle, kSweepReceive, kSweepShutdown},
-                {"AESend", "AEPutParamPtr", "AECreateAppleEvent", "AECreateDesc", "AEDisposeDesc", "AEGetParamPtr",
-                 "AESizeOfParam", "AEGetAttributePtr", "AEInstallEventHandler", "AECoerceDesc", "AECountItems",
-                 "LaunchApplication", "GetNextProcess", "GetProcessInformation", "GetCurrentProcess",
-                 "SetFrontProcess", "SameProcess", "FindFolder"},
-                {connectionInvalid, procNotFound, memFullErr, errAETimeout}, {"Error", "Unable to locate "});
-    PrintTally("bus and process faults", tally);
-    EXPECT_EQ(0, tally.problems);
-}
+const std::vector<OSErr> kBusErrors = {connectionInvalid, procNotFound, memFullErr, errAETimeout};
+
+INSTANTIATE_TEST_SUITE_P(
+    Managers, FaultSweep,
+    testing::Values(ManagerSweep{kFaultManagerFile, "file", {ioErr, fnfErr, permErr, dskFulErr}, {"Error"}},
+                    ManagerSweep{kFaultManagerEvent, "event", kBusErrors, {"Error", "Unable to locate "}},
+                    ManagerSweep{kFaultManagerProcess, "process", kBusErrors, {"Error", "Unable to locate "}},
+                    ManagerSweep{kFaultManagerResource, "resource", {resNotFound, memFullErr}, {}},
+                    ManagerSweep{kFaultManagerDialog, "dialog", {userCanceledErr, memFullErr}, {}}),
+    [](const testing::TestParamInfo<ManagerSweep> &info) { return std::string(info.param.title); });
 
 }  // namespace

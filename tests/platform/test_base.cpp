@@ -18,51 +18,60 @@ extern char **environ;
 
 TEST(PlatformFaults, OnceAndPersistentAndCounters)
 {
-    PlatformFaultClear(nullptr);
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
-    EXPECT_EQ(PlatformFaultCalls("FSRead"), 0);   // not counted without an entry
+    PlatformFaultClearAll();
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 1);   // counted without a fault too
 
-    PlatformFaultSet("FSRead", 3, ioErr, false);
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
-    EXPECT_EQ(PlatformFaultCheck("FSWrite"), noErr);   // other operations unaffected
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), ioErr);
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);    // once only
-    EXPECT_EQ(PlatformFaultCalls("FSRead"), 4);
-    EXPECT_EQ(PlatformFaultHits("FSRead"), 1);
+    PlatformFaultSet(kFaultFSRead, 3, ioErr, false);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSWrite), noErr);   // other points unaffected
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), ioErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);    // once only
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 4);
+    EXPECT_EQ(PlatformFaultHits(kFaultFSRead), 1);
 
-    PlatformFaultSet("FSRead", 2, dskFulErr, true);    // replaces, counting restarts
-    EXPECT_EQ(PlatformFaultCalls("FSRead"), 0);
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
-    for (int i = 0; i < 3; i++) EXPECT_EQ(PlatformFaultCheck("FSRead"), dskFulErr);
-    EXPECT_EQ(PlatformFaultHits("FSRead"), 3);
+    PlatformFaultSet(kFaultFSRead, 2, dskFulErr, true);    // replaces, counting restarts
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 0);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);
+    for (int i = 0; i < 3; i++) EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), dskFulErr);
+    EXPECT_EQ(PlatformFaultHits(kFaultFSRead), 3);
 
-    PlatformFaultClear("FSRead");                      // unarmed, still counted
-    EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
-    EXPECT_EQ(PlatformFaultCalls("FSRead"), 1);
-    EXPECT_EQ(PlatformFaultHits("FSRead"), 0);
-    PlatformFaultClear(nullptr);
-    EXPECT_EQ(PlatformFaultCalls("FSRead"), 0);
+    PlatformFaultClear(kFaultFSRead);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 1);
+    EXPECT_EQ(PlatformFaultHits(kFaultFSRead), 0);
+    PlatformFaultClearAll();
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 0);
+    for (int point = 0; point < kFaultPointCount; point++)   // names and look-up agree
+        EXPECT_EQ(PlatformFaultPointNamed(PlatformFaultPointName(point)), point);
 }
 
-TEST(PlatformFaults, ParseList)
+TEST(PlatformFaults, ParseListNamesEveryItemNotApplied)
 {
-    PlatformFaultClear(nullptr);
-    const char *bad = nullptr;
-    EXPECT_EQ(PlatformFaultParse("HOpenDF:1:-43,AESend:2:-1712:always", &bad), 0);
-    EXPECT_EQ(bad, nullptr);
-    EXPECT_EQ(PlatformFaultCheck("HOpenDF"), fnfErr);
-    EXPECT_EQ(PlatformFaultCheck("AESend"), noErr);
-    EXPECT_EQ(PlatformFaultCheck("AESend"), errAETimeout);
-    EXPECT_EQ(PlatformFaultCheck("AESend"), errAETimeout);
+    PlatformFaultClearAll();
+    char report[512];
+    EXPECT_EQ(PlatformFaultParse("HOpenDF:1:-43,AESend:2:-1712:always", report, sizeof report), 0);
+    EXPECT_STREQ(report, "");
+    EXPECT_EQ(PlatformFaultCheck(kFaultHOpenDF), fnfErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultAESend), noErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultAESend), errAETimeout);
+    EXPECT_EQ(PlatformFaultCheck(kFaultAESend), errAETimeout);
 
-    const char *theSpec = "A:1:-36,B:0:-36,C:1,D:x:-1,E:1:-36:sometimes,F:1:-50";
-    EXPECT_EQ(PlatformFaultParse(theSpec, &bad), -1);
-    EXPECT_EQ(bad, theSpec + 8);                 // the first bad item
-    EXPECT_EQ(PlatformFaultCheck("A"), ioErr);  // good items around it still apply
-    EXPECT_EQ(PlatformFaultCheck("F"), paramErr);
-    EXPECT_EQ(PlatformFaultCheck("E"), noErr);
-    PlatformFaultClear(nullptr);
+    const char *list = "FSRead:1:-36,FSRead:0:-36,FSWrite:1,GetEOF:x:-1,FSClose:1:-36:sometimes,"
+                       "FSReed:1:-36,SetFPos:1:-50,SetFPos:2:-39";
+    EXPECT_EQ(PlatformFaultParse(list, report, sizeof report), 6) << report;
+    for (const char *item : {"\"FSRead:0:-36\"", "\"FSWrite:1\"", "\"GetEOF:x:-1\"", "\"FSClose:1:-36:sometimes\"",
+                             "\"FSReed:1:-36\"", "\"SetFPos:1:-50\" dropped"})
+        EXPECT_NE(strstr(report, item), nullptr) << item << " in\n" << report;
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), ioErr);   // good items around them still apply
+    EXPECT_EQ(PlatformFaultCheck(kFaultSetFPos), noErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultSetFPos), eofErr);
+    EXPECT_EQ(PlatformFaultCheck(kFaultFSClose), noErr);
+    EXPECT_EQ(PlatformFaultParse(list, report, 40), 6);   // a short report is cut, marked
+    EXPECT_EQ(strlen(report), 39u);
+    EXPECT_STREQ(report + 36, "...");
+    PlatformFaultClearAll();
 }
 
 // Runs this test binary again with TPX1_FAULTS set; the child side checks what the
@@ -70,10 +79,10 @@ TEST(PlatformFaults, ParseList)
 TEST(PlatformFaults, EnvironmentAtLoad)
 {
     if (getenv("TPX1_TEST_FAULTS_CHILD")) {
-        EXPECT_EQ(PlatformFaultCheck("FSRead"), noErr);
-        EXPECT_EQ(PlatformFaultCheck("FSRead"), ioErr);
-        EXPECT_EQ(PlatformFaultCheck("PBGetCatInfo"), fnfErr);
-        EXPECT_EQ(PlatformFaultCheck("PBGetCatInfo"), fnfErr);
+        EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), noErr);
+        EXPECT_EQ(PlatformFaultCheck(kFaultFSRead), ioErr);
+        EXPECT_EQ(PlatformFaultCheck(kFaultPBGetCatInfoSync), fnfErr);
+        EXPECT_EQ(PlatformFaultCheck(kFaultPBGetCatInfoSync), fnfErr);
         return;
     }
     TempFolder tmp;
@@ -84,7 +93,7 @@ TEST(PlatformFaults, EnvironmentAtLoad)
     ASSERT_GT(n, 0);
     self[n] = 0;
     std::vector<std::string> env = {"TPX1_TEST_FAULTS_CHILD=1",
-                                    "TPX1_FAULTS=FSRead:2:-36,nonsense,PBGetCatInfo:1:-43:always"};
+                                    "TPX1_FAULTS=FSRead:2:-36,nonsense,PBGetCatInfoSync:1:-43:always,Bogus:1:-1"};
     for (char **e = environ; *e; e++)
         if (strncmp(*e, "TPX1_", 5) != 0) env.push_back(*e);
     std::vector<char *> envp;
@@ -105,6 +114,7 @@ TEST(PlatformFaults, EnvironmentAtLoad)
     size_t at = err.find("\"nonsense\"");
     EXPECT_NE(at, std::string::npos) << err;
     EXPECT_EQ(err.find("\"nonsense\"", at + 1), std::string::npos);   // reported once
+    EXPECT_NE(err.find("\"Bogus:1:-1\""), std::string::npos) << err;     // and so is every other
 }
 
 TEST(PlatformErrors, ErrnoMapping)

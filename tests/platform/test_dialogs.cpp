@@ -83,11 +83,11 @@ TEST(PlatformDialogs, RecorderCopiesAndAnswers)
     PlatformDialogQueueFileAnswer("Linux:tmp:a.txt");
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, 8), paramErr);   // does not fit
 
-    PlatformFaultSet("RunModalDialog", 1, memFullErr, false);
+    PlatformFaultSet(kFaultRunModalDialog, 1, memFullErr, false);
     EXPECT_EQ(RunModalDialog(&theSpec), -1);
-    PlatformFaultSet("NavChooseFile", 1, ioErr, false);
+    PlatformFaultSet(kFaultNavChooseFile, 1, ioErr, false);
     EXPECT_EQ(NavChooseFile("Open", "TPX1", path, sizeof path), ioErr);
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
 
     PlatformDialogClearRecord();
     EXPECT_EQ(PlatformDialogRecordedCount(), 0);

@@ -98,16 +98,16 @@ TEST(PlatformResources, CurrentFileAndMissingFiles)
     EXPECT_EQ(OpenResFile(tmp.path.c_str()), -1);   // a folder is no resource file
     EXPECT_NE(ResError(), noErr);
 
-    PlatformFaultSet("OpenResFile", 1, memFullErr, false);
+    PlatformFaultSet(kFaultOpenResFile, 1, memFullErr, false);
     EXPECT_EQ(OpenResFile(a.c_str()), -1);
     EXPECT_EQ(ResError(), memFullErr);
-    PlatformFaultSet("GetIndString", 1, ioErr, false);
+    PlatformFaultSet(kFaultGetIndString, 1, ioErr, false);
     int16_t ref = OpenResFile(a.c_str());
     EXPECT_EQ(IndString(1, 1), "");
     EXPECT_EQ(ResError(), ioErr);
     EXPECT_EQ(IndString(1, 1), "from a");
     CloseResFile(ref);
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
 }
 
 // A store installed by a test replaces the files; the wrappers still keep the

@@ -101,7 +101,7 @@ protected:
     {
         AERemoveEventHandler(FOUR_CHAR('V', 'E', 'S', 'K'), FOUR_CHAR('A', 'E', 'V', 'T'), nullptr, false);
         AERemoveEventHandler(kAEMiscStandards, kAEDoScript, nullptr, false);
-        PlatformFaultClear(nullptr);
+        PlatformFaultClearAll();
         PlatformSetProcessSignature(0);
     }
 };
@@ -295,11 +295,11 @@ TEST_F(EventDescriptors, FaultsAreInjectedUnderTheCallsName)
 {
     AppleEvent event;
     ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
-    PlatformFaultSet("AEPutParamPtr", 2, memFullErr, false);
+    PlatformFaultSet(kFaultAEPutParamPtr, 2, memFullErr, false);
     EXPECT_EQ(noErr, PutText(&event, kKeyMSSG, "A"));
     EXPECT_EQ(memFullErr, PutText(&event, kKeySIGN, "B"));
     EXPECT_EQ(noErr, PutText(&event, kKeySIGN, "B"));
-    PlatformFaultSet("AESend", 1, -609, false);
+    PlatformFaultSet(kFaultAESend, 1, -609, false);
     EXPECT_EQ(-609, AESend(&event, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr));
     EXPECT_EQ(0, AEProcessEvents());
     AEDisposeDesc(&event);

@@ -37,7 +37,7 @@ void FileTestFolder::SetUp()
     unsetenv("TPX1_ROOT_VOLUME");
     PlatformFilesUseMountInfo(nullptr);
     PlatformFilesReset();
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
     char templ[] = "/tmp/tpx1filesXXXXXX";
     ASSERT_NE(mkdtemp(templ), nullptr);
     folder_ = templ;
@@ -47,7 +47,7 @@ void FileTestFolder::SetUp()
 void FileTestFolder::TearDown()
 {
     PlatformFilesReset();
-    PlatformFaultClear(nullptr);
+    PlatformFaultClearAll();
     PlatformFilesUseMountInfo(nullptr);
     unsetenv("TPX1_ROOT_VOLUME");
     if (!folder_.empty()) nftw(folder_.c_str(), RemoveItem, 16, FTW_DEPTH | FTW_PHYS);

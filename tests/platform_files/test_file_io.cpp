@@ -218,7 +218,7 @@ TEST_F(FileIO, InjectedFaultsComeBeforeTheFileSystem)
     char buffer[8];
 
     /* Once: the second read fails, the others work. */
-    PlatformFaultSet("FSRead", 2, ioErr, false);
+    PlatformFaultSet(kFaultFSRead, 2, ioErr, false);
     int32_t count = 2;
     EXPECT_EQ(FSRead(ref, &count, buffer), noErr);
     count = 2;
@@ -227,19 +227,19 @@ TEST_F(FileIO, InjectedFaultsComeBeforeTheFileSystem)
     count = 2;
     EXPECT_EQ(FSRead(ref, &count, buffer), noErr);
     EXPECT_EQ(std::string(buffer, 2), "cd");   /* the failed read moved nothing */
-    EXPECT_EQ(PlatformFaultHits("FSRead"), 1);
+    EXPECT_EQ(PlatformFaultHits(kFaultFSRead), 1);
     EXPECT_EQ(FSClose(ref), noErr);
 
     /* Persistent: every open from the first on fails until cleared. */
-    PlatformFaultSet("HOpenDF", 1, permErr, true);
+    PlatformFaultSet(kFaultHOpenDF, 1, permErr, true);
     EXPECT_EQ(Open("f", fsRdPerm, &ref), permErr);
     EXPECT_EQ(Open("f", fsRdPerm, &ref), permErr);
-    EXPECT_EQ(PlatformFaultHits("HOpenDF"), 2);
+    EXPECT_EQ(PlatformFaultHits(kFaultHOpenDF), 2);
     FSSpec theSpec;
     ASSERT_EQ(MakeSpec("f", &theSpec), noErr);
     ASSERT_EQ(FSpOpenDF(&theSpec, fsRdPerm, &ref), noErr);   /* its own fault point */
     EXPECT_EQ(FSClose(ref), noErr);
-    PlatformFaultClear("HOpenDF");
+    PlatformFaultClear(kFaultHOpenDF);
     ASSERT_EQ(Open("f", fsRdPerm, &ref), noErr);
     EXPECT_EQ(FSClose(ref), noErr);
 }
