@@ -57,7 +57,7 @@ void BusDBusNoteOwnName(OSType signature, bool owned);
 bool BusDBusOwnerOf(OSType signature, std::string *owner);
 /* A process that owns a name and whose process id is pid (resolving ids as needed). */
 bool BusDBusFindByPid(int32_t pid, OSType expected, ProcessSerialNumber *psn);
-OSErr BusDBusNextProcess(ProcessSerialNumber *psn);
+void BusDBusListProcesses(bool walkStart, std::vector<ProcessSerialNumber> *list);
 OSErr BusDBusProcessInfo(const ProcessSerialNumber *psn, BusProcess *out);
 OSErr BusDBusActivate(const ProcessSerialNumber *psn);
 

@@ -163,8 +163,8 @@ void DBusClose(void)
 }
 
 const Tpx1BusMethods kDBusMethods = {
-    DBusEnsureOpen,     DBusSignatureChanged, BusDBusSendEvent, DBusGetFD,  DBusPump, DBusPending,
-    BusDBusNextProcess, BusDBusProcessInfo,   BusDBusActivate,  DBusLaunch, DBusClose,
+    DBusEnsureOpen,       DBusSignatureChanged, BusDBusSendEvent, DBusGetFD,  DBusPump, DBusPending,
+    BusDBusListProcesses, BusDBusProcessInfo,   BusDBusActivate,  DBusLaunch, DBusClose,
 };
 
 } // namespace

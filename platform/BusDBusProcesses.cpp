@@ -138,17 +138,6 @@ bool ResolvePid(NameEntry *entry)
     return true;
 }
 
-/* The list GetNextProcess walks: this process first (when it has a signature), then
- * the other applications in the order they appeared. */
-std::vector<ProcessSerialNumber> ProcessList(void)
-{
-    std::vector<ProcessSerialNumber> list;
-    if (PlatformProcessSignature()) list.push_back(ProcessCurrentPSN());
-    for (const NameEntry &entry : gNames)
-        if (!entry.self) list.push_back(entry.psn);
-    return list;
-}
-
 } // namespace
 
 int BusDBusWatchNames(sd_bus *bus, sd_bus_slot **slot)
@@ -219,30 +208,17 @@ bool BusDBusFindByPid(int32_t pid, OSType expected, ProcessSerialNumber *psn)
     return false;
 }
 
-OSErr BusDBusNextProcess(ProcessSerialNumber *psn)
+void BusDBusListProcesses(bool walkStart, std::vector<ProcessSerialNumber> *list)
 {
-    if (psn->highLongOfPSN == 0 && psn->lowLongOfPSN == kNoProcess) {
+    if (walkStart) {
         /* A walk starts from what the bus has said by now, read afresh unless the bus
          * was read less than a millisecond ago (one send looks its addressee up three
          * times): a name that changed within that millisecond shows at the next read. */
         BusDBusEnsure(false);
         BusDBusDrainUnlessFresh(kProcessTableFreshUsec);
     }
-    std::vector<ProcessSerialNumber> list = ProcessList();
-    if (psn->highLongOfPSN == 0 && psn->lowLongOfPSN == kNoProcess) {
-        if (list.empty()) return procNotFound;
-        *psn = list[0];
-        return noErr;
-    }
-    ProcessSerialNumber cursor = ProcessIsCurrent(psn) ? ProcessCurrentPSN() : *psn;
-    for (size_t i = 0; i < list.size(); i++) {
-        if (list[i].highLongOfPSN == cursor.highLongOfPSN && list[i].lowLongOfPSN == cursor.lowLongOfPSN) {
-            if (i + 1 >= list.size()) return procNotFound;
-            *psn = list[i + 1];
-            return noErr;
-        }
-    }
-    return procNotFound;
+    for (const NameEntry &entry : gNames)
+        if (!entry.self) list->push_back(entry.psn);
 }
 
 OSErr BusDBusProcessInfo(const ProcessSerialNumber *psn, BusProcess *out)

@@ -8,6 +8,7 @@
 #define TPX1_BUSTRANSPORT_H
 
 #include <string>
+#include <vector>
 
 #include "platform/AppleEventRecords.h"
 
@@ -35,8 +36,9 @@ struct Tpx1BusMethods {
     /* True when something was already read from the transport but not yet handed to
      * the queue (a poll of the descriptor would not see it): pump before sleeping. */
     bool (*xPending)(void);
-    /* The process table: from kNoProcess the first, procNotFound after the last. */
-    OSErr (*xNextProcess)(ProcessSerialNumber *psn);
+    /* Appends the other applications, in the order they appeared. A walk of the process
+     * table (walkStart) first brings the transport's view up to date. */
+    void (*xListProcesses)(bool walkStart, std::vector<ProcessSerialNumber> *list);
     OSErr (*xProcessInfo)(const ProcessSerialNumber *psn, BusProcess *out);
     OSErr (*xActivate)(const ProcessSerialNumber *psn);
     /* Starts posixExecutable (document: POSIX path or "") and waits until it runs;

@@ -102,31 +102,9 @@ bool MemoryPending(void)
     return false;
 }
 
-OSErr MemoryNextProcess(ProcessSerialNumber *psn)
+void MemoryListProcesses(bool, std::vector<ProcessSerialNumber> *list)
 {
-    bool selfListed = PlatformProcessSignature() != 0;
-    if (psn->highLongOfPSN == 0 && psn->lowLongOfPSN == kNoProcess) {
-        if (selfListed) {
-            *psn = ProcessCurrentPSN();
-            return noErr;
-        }
-        if (gApps.empty()) return procNotFound;
-        *psn = gApps[0].psn;
-        return noErr;
-    }
-    if (ProcessIsCurrent(psn)) {
-        if (gApps.empty()) return procNotFound;
-        *psn = gApps[0].psn;
-        return noErr;
-    }
-    for (size_t i = 0; i < gApps.size(); i++) {
-        if (gApps[i].psn.highLongOfPSN == psn->highLongOfPSN && gApps[i].psn.lowLongOfPSN == psn->lowLongOfPSN) {
-            if (i + 1 >= gApps.size()) return procNotFound;
-            *psn = gApps[i + 1].psn;
-            return noErr;
-        }
-    }
-    return procNotFound;
+    for (const BusProcess &app : gApps) list->push_back(app.psn);
 }
 
 OSErr MemoryProcessInfo(const ProcessSerialNumber *psn, BusProcess *out)
@@ -168,8 +146,8 @@ OSErr MemoryLaunch(const std::string &executable, const std::string &document, O
 void MemoryClose(void) {}
 
 const Tpx1BusMethods kMemoryBus = {
-    MemoryEnsureOpen,  MemorySignatureChanged, MemorySend,     MemoryGetFD,  MemoryPump, MemoryPending,
-    MemoryNextProcess, MemoryProcessInfo,      MemoryActivate, MemoryLaunch, MemoryClose,
+    MemoryEnsureOpen,    MemorySignatureChanged, MemorySend,     MemoryGetFD,  MemoryPump, MemoryPending,
+    MemoryListProcesses, MemoryProcessInfo,      MemoryActivate, MemoryLaunch, MemoryClose,
 };
 
 } // namespace

@@ -1,7 +1,8 @@
 /*
  * ProcessToolbox.cpp: the exported Process Manager calls (fault point, then the
- * installed process table) and the default table: the process list, information,
- * activation and launching come from the selected bus; this process answers for itself.
+ * installed process table) and the default table: the walk over the process list (one
+ * for both buses, over the applications the bus lists), information, activation and
+ * launching come from the selected bus; this process answers for itself.
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
@@ -9,6 +10,7 @@
 #include "platform/Faults.h"
 
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -21,10 +23,34 @@ OSErr DefaultGetCurrentProcess(ProcessSerialNumber *psn)
     return noErr;
 }
 
+bool SamePSN(const ProcessSerialNumber &a, const ProcessSerialNumber &b)
+{
+    return a.highLongOfPSN == b.highLongOfPSN && a.lowLongOfPSN == b.lowLongOfPSN;
+}
+
+/* The walk over the process table, whichever bus shows it: this process first (when it
+ * has a signature, as only then the others can address it), then the bus's other
+ * applications in the order they appeared. */
 OSErr DefaultGetNextProcess(ProcessSerialNumber *psn)
 {
     if (!psn) return paramErr;
-    return BusCurrent()->xNextProcess(psn);
+    bool walkStart = SamePSN(*psn, ProcessSerialNumber{0, kNoProcess});
+    std::vector<ProcessSerialNumber> list;
+    if (PlatformProcessSignature()) list.push_back(ProcessCurrentPSN());
+    BusCurrent()->xListProcesses(walkStart, &list);
+    if (walkStart) {
+        if (list.empty()) return procNotFound;
+        *psn = list[0];
+        return noErr;
+    }
+    ProcessSerialNumber cursor = ProcessIsCurrent(psn) ? ProcessCurrentPSN() : *psn;
+    for (size_t i = 0; i + 1 < list.size(); i++) {
+        if (SamePSN(list[i], cursor)) {
+            *psn = list[i + 1];
+            return noErr;
+        }
+    }
+    return procNotFound;
 }
 
 OSErr DefaultGetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info)
