@@ -39,6 +39,8 @@ struct Tally {
         if (++problems <= kMaxReportedProblems)
             ADD_FAILURE() << where << ": " << what;
     }
+    /* A run in which the injected failure was delivered (normal: the unfailed answer). */
+    void Delivered(const SweepRun &run, const std::string &where, const std::string &normal);
 };
 
 /* The checks every run must pass. A file whose FSClose was made to fail stays open
@@ -66,6 +68,18 @@ bool ToldTheUser(const SweepRun &run)
 {
     return !run.dialogs.empty() || run.result.compare(0, 5, "Error") == 0 ||
            run.result.compare(0, 16, "Programmer Error") == 0;
+}
+
+void Tally::Delivered(const SweepRun &run, const std::string &where, const std::string &normal)
+{
+    failurePoints++;
+    if (ToldTheUser(run)) {
+        errorsShown++;
+        return;
+    }
+    silent++;
+    if (getenv("TPX1_SWEEP_VERBOSE"))
+        printf("silent: %s -> \"%s\" (normally \"%s\")\n", where.c_str(), run.result.c_str(), normal.c_str());
 }
 
 void PrintTally(const char *title, const Tally &tally)
@@ -103,14 +117,7 @@ TEST(OutOfMemorySweep, EveryCallSurvivesEachHostAllocationFailing)
                 CheckRun(&tally, c, run, where, {});
                 if (run.hostFailures == 0)
                     break;
-                tally.failurePoints++;
-                if (ToldTheUser(run))
-                    tally.errorsShown++;
-                else {
-                    tally.silent++;
-                    if (getenv("TPX1_SWEEP_VERBOSE"))
-                        printf("silent: %s -> \"%s\"\n", where.c_str(), run.result.c_str());
-                }
+                tally.Delivered(run, where, "");
             }
         }
     }
@@ -205,15 +212,7 @@ TEST_P(FaultSweep, EveryCallSurvivesEachPointFailing)
                     CheckRun(&tally, c, run, where, sweep.alsoAllowed, point == kFaultFSClose && failure.hits > 0);
                     if (failure.hits == 0)
                         break;
-                    tally.failurePoints++;
-                    if (ToldTheUser(run)) {
-                        tally.errorsShown++;
-                    } else {
-                        tally.silent++;
-                        if (getenv("TPX1_SWEEP_VERBOSE"))
-                            printf("silent: %s -> \"%s\" (normally \"%s\")\n", where.c_str(), run.result.c_str(),
-                                   normal.c_str());
-                    }
+                    tally.Delivered(run, where, normal);
                 }
             }
         }
