@@ -111,6 +111,7 @@ TEST_F(HostLanguage, ErrorsNameLineAndColumn)
     EXPECT_EQ(ParseError("Set Variable [ $x ; Value: ]"), "f.fmh:1:28: expected a text, a number, a variable or a function call");
     EXPECT_EQ(ParseError("expect 1 = 1"), "f.fmh:1:10: expected == between the two calculations");
     EXPECT_EQ(ParseError("fault FSRead x"), "f.fmh:1:14: expected which call fails (1 = the next one)");
+    EXPECT_EQ(ParseError("fault FSReed 1 -36"), "f.fmh:1:7: \"FSReed\" is no platform call that can be made to fail");
     EXPECT_EQ(ParseError("clock slow"), "f.fmh:1:7: expected manual, advance or real after clock");
     EXPECT_EQ(ParseError("\"\xFF\""), "f.fmh:1:2: the line is not valid UTF-8");
 }
