@@ -4,12 +4,14 @@
  * the host's event loop (AEProcessEvents), never inside the call that sent them; events
  * to other applications travel over the D-Bus session bus (wire format in
  * docs/wire-format.md). Every call is a thin wrapper over the event table and a fault point.
+ * Public: installed as <tpx1/AppleEvents.h> for partner applications, so it includes the
+ * other public headers by file name only.
  */
 #ifndef TPX1_APPLEEVENTS_H
 #define TPX1_APPLEEVENTS_H
 
 #include <stdint.h>
-#include "platform/MacTypes.h"
+#include "MacTypes.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -5,11 +5,13 @@
  * systems mounted at /media/<user>/<name>, /run/media/<user>/<name> and /mnt/<name>.
  * Folders are known by directory ids that the service hands out (a volume's root is 2,
  * its parent 1). Every call is a thin wrapper over the file table and a fault point.
+ * Public: installed as <tpx1/Files.h> for partner applications, so it includes the
+ * other public headers by file name only.
  */
 #ifndef TPX1_FILES_H
 #define TPX1_FILES_H
 
-#include "platform/MacTypes.h"
+#include "MacTypes.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -3,6 +3,7 @@
  * platform library offers to the plug-in core. Mac OS error numbers are the currency
  * of every platform call; the Linux implementations map errno to them in one place
  * (PlatformErrnoToOSErr).
+ * Public: installed as <tpx1/MacTypes.h> for partner applications.
  */
 #ifndef TPX1_MACTYPES_H
 #define TPX1_MACTYPES_H

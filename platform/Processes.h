@@ -3,12 +3,14 @@
  * "running" when it owns its signature's name on the message bus; the process table is
  * kept current from the bus's name-owner signals. The host declares its own signature
  * (PlatformSetProcessSignature) before it loads a plug-in.
+ * Public: installed as <tpx1/Processes.h> for partner applications, so it includes the
+ * other public headers by file name only.
  */
 #ifndef TPX1_PROCESSES_H
 #define TPX1_PROCESSES_H
 
-#include "platform/MacTypes.h"
-#include "platform/Files.h"
+#include "MacTypes.h"
+#include "Files.h"
 
 #ifdef __cplusplus
 extern "C" {
