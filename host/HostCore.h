@@ -49,12 +49,15 @@ struct HostPlugin {
     void *library = nullptr;        /* dlopen handle, or null when linked in */
     int16_t resFileRef = -1;
     std::string path;
-    std::string names[kFunctionCount]; /* display names from the resource file, "" if unknown */
+    std::string names[kFunctionCount]; /* display names from the resource file (or the built-in
+                                          table without one), "" if unknown */
     /* lower-cased display name -> function id, made from names at the first look-up */
     mutable std::unordered_map<std::string, int> ids;
 };
-/* dlopen a plug-in, find FMExternCallProc and open "<path>.rsrc" for its names.
- * Returns 0, or -1 with a message in *error. */
+/* dlopen a plug-in (path null or empty: tpx1.fmx beside the executable, else the
+ * installed one), find FMExternCallProc and open "<path>.rsrc" for its names; a resource
+ * file that cannot be opened is one warning on standard error, and the plug-in's
+ * built-in resources serve instead. Returns 0, or -1 with a message in *error. */
 int HostLoadPlugin(const char *path, HostPlugin *plugin, std::string *error);
 void HostUnloadPlugin(HostPlugin *plugin);
 /* The raw call: a block with the host callbacks and the given fields; returns result.value. */

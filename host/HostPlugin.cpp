@@ -1,8 +1,10 @@
 /*
- * HostPlugin.cpp: how the host reaches a plug-in: loading the shared object and its
- * resource file (for the functions' display names), and the calls a FileMaker host makes
- * (Init, Idle, External, Shutdown, or any raw selector) through a call block whose memory
- * callbacks are the host memory's.
+ * HostPlugin.cpp: how the host reaches a plug-in: finding it (beside fmhost in a build
+ * folder, in lib/<multiarch>/tpx1/ of an install), loading the shared object and its
+ * resource file (for the functions' display names; without one, the names the plug-in
+ * carries built in), and the calls a FileMaker host makes (Init, Idle, External,
+ * Shutdown, or any raw selector) through a call block whose memory callbacks are the
+ * host memory's.
  */
 #include "host/HostCore.h"
 
@@ -10,25 +12,44 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <cerrno>
 #include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 
 #include "platform/Toolbox.h"
+#include "plugin/ExternalFunctionInfo.h"
+
+#ifndef TPX1_PLUGIN_DIR_FROM_BINDIR
+#define TPX1_PLUGIN_DIR_FROM_BINDIR "../lib/tpx1"
+#endif
 
 namespace {
 
 const int16_t kFunctionNamesList = 144;   /* STR# 144: item id+1 is function id's name */
 int16_t gHostVersionInUse = 60;           /* the version the last Init announced */
 
-std::string DefaultPluginPath(void)
+/* tpx1.fmx beside the executable (a build folder), else the installed one, found from
+ * the executable's folder. With neither, *error says where it was looked for. */
+std::string DefaultPluginPath(std::string *error)
 {
     char exe[PATH_MAX];
     ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
     if (n <= 0)
         return "tpx1.fmx";
-    std::string path(exe, static_cast<size_t>(n));
-    size_t slash = path.rfind('/');
-    return (slash == std::string::npos ? std::string(".") : path.substr(0, slash)) + "/tpx1.fmx";
+    std::string folder(exe, static_cast<size_t>(n));
+    folder.erase(folder.rfind('/'));
+    std::string beside = folder + "/tpx1.fmx";
+    if (access(beside.c_str(), F_OK) == 0)
+        return beside;
+    std::string installed = folder + "/" TPX1_PLUGIN_DIR_FROM_BINDIR "/tpx1.fmx";
+    char resolved[PATH_MAX];
+    if (realpath(installed.c_str(), resolved) != nullptr)
+        return resolved;
+    if (error)
+        *error = "no plug-in: neither " + beside + " nor " + installed + " exists (give --plugin PATH)";
+    return "";
 }
 
 std::string LowerCase(std::string text)
@@ -41,6 +62,11 @@ std::string LowerCase(std::string text)
 void ReadFunctionNames(HostPlugin *plugin)
 {
     plugin->ids.clear();
+    if (plugin->resFileRef < 0) {
+        for (int id = 0; id < kFunctionCount; id++)
+            plugin->names[id] = GetExternalFunctionInfo(id)->name;
+        return;
+    }
     int16_t previous = CurResFile();
     UseResFile(plugin->resFileRef);
     for (int id = 0; id < kFunctionCount; id++) {
@@ -56,7 +82,9 @@ void ReadFunctionNames(HostPlugin *plugin)
 
 int HostLoadPlugin(const char *path, HostPlugin *plugin, std::string *error)
 {
-    std::string where = path && *path ? std::string(path) : DefaultPluginPath();
+    std::string where = path && *path ? std::string(path) : DefaultPluginPath(error);
+    if (where.empty())
+        return -1;
     if (where.find('/') == std::string::npos)
         where = "./" + where;   /* a bare name means this folder, not the library path */
     void *library = dlopen(where.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -76,10 +104,13 @@ int HostLoadPlugin(const char *path, HostPlugin *plugin, std::string *error)
     std::string resourcePath = where + ".rsrc";
     int16_t ref = OpenResFile(resourcePath.c_str());
     if (ref < 0) {
-        if (error)
-            *error = "cannot open resource file " + resourcePath + " (error " + std::to_string(ResError()) + ")";
-        dlclose(library);
-        return -1;
+        /* The plug-in finds its resources in its own table when the host's reference names
+         * no file, and the names are the ones fmhost knows: a warning, not a stop. */
+        int openErr = ResError();
+        std::string why = access(resourcePath.c_str(), R_OK) != 0 ? strerror(errno)
+                                                                  : "error " + std::to_string(openErr);
+        fprintf(stderr, "fmhost: cannot open resource file %s (%s): using the plug-in's built-in resources\n",
+                resourcePath.c_str(), why.c_str());
     }
     UseResFile(previous);
     plugin->entry = reinterpret_cast<FMX_ExternCallProc>(entry);
