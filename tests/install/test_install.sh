@@ -1,14 +1,15 @@
 #!/bin/sh
 # test_install.sh: TPX1 as a user installs it. In a temporary folder of its own it
 # configures and builds a tree without tests, benchmarks or fuzz targets, makes the Debian
-# package, checks the package's files and Depends, stages the install with DESTDIR and
-# moves the build tree out of reach. Then, from the staged install only: fmhost runs an
-# example and vesk answers --version; no installed file names the build tree, and every
-# search path is $ORIGIN-relative; fmhost without its resource file warns once and goes
-# on; the interface XML matches what a running application exports; the C++ partner
-# example builds through pkg-config, and fmhost talks to it, to the Python one and to the
-# shell one, each launched by the plug-in on fmhost's private bus. The examples in
-# docs/partners.md must be the files, verbatim.
+# package, checks the package's files and Depends, stages the install with DESTDIR,
+# installs into a prefix of its own, and moves the build tree out of reach. Then, from
+# the installed files only: fmhost runs an example and vesk answers --version; no
+# installed file names the build tree, and every search path is $ORIGIN-relative; fmhost
+# without its resource file warns once and goes on; the interface XML matches what a
+# running application exports; the C++ partner example builds through pkg-config, and
+# fmhost talks to it, to the Python one and to the shell one, each launched by the
+# plug-in on fmhost's private bus. The examples in docs/partners.md must be the files,
+# verbatim.
 # Usage: test_install.sh SOURCE-FOLDER CMAKE CPACK
 set -eu
 src=$(cd "$1" && pwd)
@@ -79,16 +80,19 @@ for lib in libc6 libedit2 libsystemd0 libstdc++6; do
 done
 dpkg-deb -x "$deb" "$tmp/unpacked"
 
-step "stage the install with DESTDIR, move the build tree away"
+step "stage the install with DESTDIR, install into a prefix, move the build tree away"
 root=$tmp/root
 DESTDIR=$root "$cmake" --install "$build" --prefix /usr >"$tmp/install.log" 2>&1 || { cat "$tmp/install.log"; fail "install"; }
 (cd "$root/usr" && find . ! -type d | sed 's|^\./||' | sort) >"$tmp/staged"
 check_files "the staged install" "$tmp/staged"
+"$cmake" --install "$build" --prefix "$tmp/prefix" >"$tmp/install.log" 2>&1 || { cat "$tmp/install.log"; fail "install --prefix"; }
+[ "$(PKG_CONFIG_LIBDIR="$tmp/prefix/$libdir/pkgconfig" pkg-config --variable=prefix tpx1platform)" = "$tmp/prefix" ] ||
+    fail "tpx1platform.pc does not name the prefix given to cmake --install"
 mv "$build" "$tmp/build-away"
 bin=$root/usr/bin
 
 step "no installed file names the build tree; search paths are \$ORIGIN-relative"
-for tree in "$root" "$tmp/unpacked"; do
+for tree in "$root" "$tmp/unpacked" "$tmp/prefix"; do
     ! grep -rlF "$build" "$tree" || fail "files above name the build tree $build"
     find "$tree" -type f | while read -r file; do
         readelf -h "$file" >/dev/null 2>&1 || continue
@@ -109,6 +113,8 @@ env -u DBUS_SESSION_BUS_ADDRESS "$bin/fmhost" "$src/examples/demo.fmh" >"$tmp/de
     { cat "$tmp/demo.out"; fail "the staged fmhost on examples/demo.fmh"; }
 grep -q "^Plug-in: TOPOLUX plugin ver $version" "$tmp/demo.out" || { cat "$tmp/demo.out"; fail "demo.fmh output"; }
 [ "$("$bin/vesk" --version)" = "vesk $version" ] || fail "vesk --version"
+[ "$(env -u DBUS_SESSION_BUS_ADDRESS "$tmp/prefix/bin/fmhost" -e 'TPX1Version()' 2>&1)" = "\"TOPOLUX plugin ver $version\"" ] ||
+    fail "fmhost installed with --prefix"
 
 step "fmhost without the resource file"
 mv "$root/usr/$pkglib/tpx1.fmx.rsrc" "$tmp/rsrc"
