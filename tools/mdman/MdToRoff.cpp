@@ -15,6 +15,7 @@ namespace {
 
 struct Converter {
     std::vector<std::string> lines;
+    std::vector<size_t> origin;        /* each line's number in the document, from 0 */
     size_t at = 0;
     std::string out;
     std::string error;
@@ -24,7 +25,7 @@ struct Converter {
 
 bool Fail(Converter *c, size_t line, const std::string &message)
 {
-    if (c->error.empty()) c->error = c->page->source + ":" + std::to_string(line + 1) + ": " + message;
+    if (c->error.empty()) c->error = c->page->source + ":" + std::to_string(c->origin[line] + 1) + ": " + message;
     return false;
 }
 
@@ -324,6 +325,36 @@ bool Block(Converter *c)
     return Paragraph(c);
 }
 
+/* The order of a man page: the title (NAME), a "## Synopsis" section wherever the
+ * document has it, then what precedes the first other section as the DESCRIPTION. */
+void ArrangeSections(Converter *c)
+{
+    const std::vector<std::string> &lines = c->lines;
+    size_t synopsis = 0, end = lines.size(), intro = 1;
+    for (size_t i = 1; i < lines.size(); i++) {
+        if (lines[i].compare(0, 3, "## ") != 0) continue;
+        if (synopsis && end == lines.size()) end = i;
+        if (lines[i] == "## Synopsis") synopsis = i;
+    }
+    std::vector<size_t> order{0};
+    for (size_t i = synopsis; synopsis && i < end; i++) order.push_back(i);
+    while (intro < lines.size() && Blank(lines[intro])) intro++;
+    bool describe = intro < lines.size() && lines[intro].compare(0, 3, "## ") != 0;
+    std::vector<std::string> arranged;
+    c->origin.clear();
+    for (size_t i = 1; i < lines.size(); i++)
+        if (!synopsis || i < synopsis || i >= end) order.push_back(i);
+    for (size_t i : order) {
+        if (describe && i == intro) {
+            arranged.push_back("## Description");
+            c->origin.push_back(i);
+        }
+        arranged.push_back(lines[i]);
+        c->origin.push_back(i);
+    }
+    c->lines = arranged;
+}
+
 }  // namespace
 
 bool MarkdownToMan(const std::string &markdown, const ManPage &page, std::string *roff, std::string *error)
@@ -336,6 +367,7 @@ bool MarkdownToMan(const std::string &markdown, const ManPage &page, std::string
         if (end == std::string::npos) end = markdown.size();
         std::string line = markdown.substr(start, end - start);
         if (!line.empty() && line.back() == '\r') line.pop_back();
+        c.origin.push_back(c.lines.size());
         c.lines.push_back(line);
         start = end + 1;
     }
@@ -354,9 +386,8 @@ bool MarkdownToMan(const std::string &markdown, const ManPage &page, std::string
     c.out += ".TH " + upper + " " + page.section + " \"\" \"" + page.version + "\" \"" +
              (page.section == "1" ? "User Commands" : "Miscellaneous Information Manual") + "\"\n";
     c.out += ".SH NAME\n" + page.name + " \\- " + what + "\n";
+    ArrangeSections(&c);
     c.at = 1;
-    while (c.at < c.lines.size() && Blank(c.lines[c.at])) c.at++;
-    if (c.at < c.lines.size() && c.lines[c.at].compare(0, 3, "## ") != 0) c.out += ".SH DESCRIPTION\n";
     while (c.error.empty() && c.at < c.lines.size()) {
         if (Blank(c.lines[c.at])) {
             c.at++;
