@@ -38,21 +38,24 @@ struct Options {
 void PrintUsage(FILE *out)
 {
     fprintf(out,
-            "usage: fmhost [options] [FILE]\n"
-            "Loads a FileMaker plug-in and calls it as FileMaker would.\n"
-            "With FILE, runs that script file; with -e, evaluates calculations; otherwise\n"
-            "reads calculations and steps at a prompt. The language is in docs/fmhost.md.\n"
+            "usage: fmhost [OPTION]... [FILE]\n"
+            "Loads a FileMaker plug-in and calls it as FileMaker would: runs the script FILE,\n"
+            "the calculations given with -e, or else a prompt where \"help\" lists the plug-in's\n"
+            "functions and the steps. The language: man fmhost; the functions: man 7 tpx1.\n"
             "\n"
-            "  --plugin PATH        the plug-in (default: tpx1.fmx beside fmhost)\n"
-            "  --signature XXXX     the host's application signature (default %s)\n"
-            "  --host-version N     the version sent with Init (default 60)\n"
-            "  --idle-ms N          milliseconds between idle calls (default 100)\n"
-            "  --fail-alloc N       make the plug-in's Nth allocation fail, once\n"
-            "  --fail-alloc-from N  make every allocation from the Nth on fail\n"
+            "  -e CALC              evaluate one calculation or step (may be repeated)\n"
+            "  --plugin=PATH        the plug-in (default: tpx1.fmx beside fmhost)\n"
+            "  --signature=XXXX     the host's application signature (default %s)\n"
+            "  --host-version=N     the version sent with Init (default 60)\n"
+            "  --idle-ms=N          milliseconds between idle calls (default 100)\n"
+            "  --fail-alloc=N       make the plug-in's Nth allocation fail, once\n"
+            "  --fail-alloc-from=N  make every allocation from the Nth on fail\n"
             "  --alloc-count        print the number of allocations at the end\n"
             "  --leaks              exit with status 1 if the plug-in leaked host memory\n"
-            "  -e CALC              evaluate one calculation or step (may be repeated)\n"
-            "  --help, --version\n",
+            "  -h, --help, --version\n"
+            "A value may also follow its option as the next word; -- ends the options.\n"
+            "Exit status: 0 all passed; 1 an expectation or a calculation failed, or --leaks\n"
+            "found a leak; 2 bad usage, a script that does not parse, a plug-in not loaded.\n",
             kDefaultSignature);
 }
 
