@@ -6,13 +6,8 @@
 set -u
 fmhost=$1
 vesk=$2
-work=$(mktemp -d /tmp/command-lines.XXXXXX) || exit 2
-bus_pid=
-cleanup() {
-    [ -n "$bus_pid" ] && kill "$bus_pid" 2>/dev/null
-    rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
+work_name=command-lines
+. "$(dirname "$0")/../common/private-bus.sh"
 failed=0
 
 # check STATUS TEXT COMMAND...: COMMAND exits with STATUS and its output holds TEXT.
@@ -63,11 +58,7 @@ check 2 "$work/none.txt: cannot read it: No such file or directory" "$vesk" part
 check 1 'DBUS_SESSION_BUS_ADDRESS is not set' env -u DBUS_SESSION_BUS_ADDRESS XDG_RUNTIME_DIR="$work" "$vesk" ps
 check 1 'vesk send: cannot reach the session bus' env DBUS_SESSION_BUS_ADDRESS="unix:path=$work/none" "$vesk" send --to=TPX1 MSSG=HOLA
 
-if command -v dbus-daemon > /dev/null 2>&1 &&
-    dbus-daemon --session --address="unix:dir=$work" --print-address=1 --print-pid=1 --fork > "$work/bus" 2>/dev/null; then
-    bus_pid=$(sed -n 2p "$work/bus")
-    DBUS_SESSION_BUS_ADDRESS=$(sed -n 1p "$work/bus")
-    export DBUS_SESSION_BUS_ADDRESS
+if private_bus; then
     check 0 'SIG    PID' "$vesk" ps
     check 1 "vesk send: sending to 'NONE' failed: error -600" "$vesk" send --from=FMP7 --to=NONE -- MSSG=HOLA
 fi
