@@ -4,6 +4,7 @@
  * and drops the events still queued from it.
  */
 #include "platform/BusTransport.h"
+#include "platform/EventService.h"
 #include "platform/TestBus.h"
 
 namespace {
@@ -37,6 +38,11 @@ void PlatformBusUseMemory(void)
 void PlatformBusUseDBus(void)
 {
     SwitchBus(BusDBusMethods());
+}
+
+OSErr PlatformBusOpen(void)
+{
+    return BusCurrent()->xEnsureOpen(true);
 }
 
 } // extern "C"

@@ -69,7 +69,10 @@ TPX1_API OSErr PlatformEventGetNthParam(const AppleEvent *event, int32_t index, 
  * need); it also runs at exit. PlatformBusStartPrivateDaemon starts a private
  * dbus-daemon for the life of the process and sets DBUS_SESSION_BUS_ADDRESS to it (for
  * this process and everything it launches); PlatformBusStopPrivateDaemon stops it. The
- * address of the bus in use (or of the one that would be used) is PlatformBusAddress. */
+ * address of the bus in use (or of the one that would be used) is PlatformBusAddress.
+ * PlatformBusOpen opens the connection now (again, if it was lost): noErr, or
+ * connectionInvalid when there is no bus to reach (the reason went to stderr). */
+TPX1_API OSErr PlatformBusOpen(void);
 TPX1_API void PlatformBusClose(void);
 TPX1_API OSErr PlatformBusStartPrivateDaemon(void);
 TPX1_API void PlatformBusStopPrivateDaemon(void);

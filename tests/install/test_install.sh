@@ -59,7 +59,14 @@ share/doc/tpx1/examples/partner/nimbo.py
 share/doc/tpx1/examples/partner/nimbo.sh
 share/doc/tpx1/examples/partner/try-nimbo.sh
 EOF
-    # ---- man pages (fmhost.1, vesk.1, tpx1.7) and bash completions: entries go here ----
+    # ---- man pages and bash completions (docs/CMakeLists.txt, tools/completion/) ----
+    cat <<EOF
+share/man/man1/fmhost.1
+share/man/man1/vesk.1
+share/man/man7/tpx1.7
+share/bash-completion/completions/fmhost
+share/bash-completion/completions/vesk
+EOF
     for doc in "$src"/docs/*.md; do echo "share/doc/tpx1/docs/${doc##*/}"; done
 }
 expected | sort >"$tmp/expected"

@@ -6,12 +6,13 @@
 
 #include <cstring>
 
-int VeskPs(int argc, char **argv)
+static int RunPs(int argc, char **argv)
 {
-    if (argc > 0) {
-        fprintf(stderr, "vesk ps: unexpected argument \"%s\"\n", argv[0]);
-        return 2;
-    }
+    int operands;
+    int status = ParseCommandOptions(kVeskPs, argc, argv, nullptr, nullptr, &operands);
+    if (status >= 0) return status;
+    if (operands < argc) return CommandUsageError(kVeskPs, std::string("unexpected argument \"") + argv[operands] + "\"");
+    if (!ConnectToBus(kVeskPs)) return 1;
     printf("%-6s %-8s %-20s %s\n", "SIG", "PID", "NAME", "EXECUTABLE");
     ProcessSerialNumber psn{0, kNoProcess};
     while (GetNextProcess(&psn) == noErr) {
@@ -31,3 +32,11 @@ int VeskPs(int argc, char **argv)
     }
     return 0;
 }
+
+const VeskCommand kVeskPs = {
+    "ps",
+    "usage: vesk ps\n"
+    "Lists the applications that own a VESK name on the session bus: signature, process\n"
+    "id, name and executable, one line each. Exit status 0, or 1 without a bus.\n",
+    RunPs,
+};
