@@ -23,6 +23,7 @@
 #include "plugin/Plugin.h"
 #include "store/DataNode.h"
 #include "store/MessageLists.h"
+#include "text/OutputCodes.h"
 #include "text/TextHandles.h"
 
 /* ---- FuzzInput ---- */

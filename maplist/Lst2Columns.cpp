@@ -6,8 +6,8 @@
 #include <string.h>
 
 #include "maplist/Lst2.h"
-#include "plugin/Plugin.h"
 #include "store/MessageLists.h"
+#include "text/OutputCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"

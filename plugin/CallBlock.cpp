@@ -3,6 +3,6 @@
  * memory operation goes through the callbacks of this block; the entry function
  * rewrites it on every call and never clears it.
  */
-#include "plugin/FMXExtern.h"
+#include "text/FMXExtern.h"
 
 FMX_ExternCallBlock *gFMX_ExternCallPtr = nullptr;

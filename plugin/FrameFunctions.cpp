@@ -1,8 +1,8 @@
 /*
- * FrameFunctions.cpp: the external functions that need no store of their own: the
- * version, the character functions, queuing a script by name, the message-handling
- * script and script menu names, the signatures outgoing messages carry, the start-up
- * document and the one-second wait.
+ * FrameFunctions.cpp: the plug-in's version text and the external functions that need
+ * no store of their own: the version, the character functions, queuing a script by
+ * name, the message-handling script and script menu names, the signatures outgoing
+ * messages carry, the start-up document and the one-second wait.
  */
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +14,13 @@
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
+
+const char kPluginVersionText[] = "TOPOLUX plugin ver 8.0";
+
+void GetVersionString(char *dest)
+{
+    strcpy(dest, kPluginVersionText);
+}
 
 void TPX1Version(long funcId, char **argHandle, char **resultHandle)
 {

@@ -42,4 +42,9 @@ DataNode *FindDataNodeInList(const char *name, DataNode *first);
 /* Copies at most 255 characters of src (null reads as empty) into a 256-byte name field. */
 void CopyNodeName(char *field, const char *src);
 
+/* The frame's DoScript queue (plugin/DoScript.cpp), which a change of a node with an
+ * enabled attached script feeds. Declared here so that the stores need nothing of the
+ * frame's headers. 0 queued, -1 name over 63 characters, -2 queue full. */
+long AddScriptToDoScriptQueue(const char *scriptName);
+
 #endif

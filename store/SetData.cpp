@@ -7,7 +7,6 @@
 
 #include <cstring>
 
-#include "plugin/Plugin.h"
 #include "text/TextHandles.h"
 
 /* A zero-filled node at the tail of the list; null when out of memory. */

@@ -7,7 +7,7 @@
 #ifndef TPX1_TEXTHANDLES_H
 #define TPX1_TEXTHANDLES_H
 
-#include "plugin/FMXExtern.h"
+#include "text/FMXExtern.h"
 #include "platform/MacTypes.h"
 
 extern FMX_ExternCallBlock *gFMX_ExternCallPtr;

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "plugin/ExternalIds.h"
-#include "plugin/FMXExtern.h"
+#include "text/FMXExtern.h"
 
 /* True when one of the texts contains part. */
 inline bool Contains(const std::vector<std::string> &texts, const std::string &part)
