@@ -11,8 +11,6 @@
 #include "files/Paths.h"
 #include "ui/Alerts.h"
 
-char gBaseDirectory[256];
-
 enum { kListLineSize = 255, kListBlockSize = 4096 };
 
 /* Reads the list file a line at a time, as a text stream would: a line ends at CR,

@@ -9,7 +9,7 @@
 #include "platform/MacTypes.h"
 #include "platform/Files.h"
 
-extern char gBaseDirectory[256];
+extern char (&gBaseDirectory)[256];
 
 OSErr ResolvePathRelativeToApplication(const char *path, char *out);
 OSErr ResolvePathRelativeToBaseDirectory(const char *path, char *out);
@@ -23,8 +23,6 @@ void GetAppName(char *out);
 OSErr GetPathWithDelimiterFromDirID(int32_t dirID, int16_t vRefNum, char *out);
 OSErr GetFSSpecFromFullPath(const char *path, FSSpec *theSpec);
 OSErr GetFullPathFromFSSpec(const FSSpec *theSpec, char *out);
-/* Forgets the kept application path and the base directory (tests, Shutdown). */
-void ResetPathState(void);
 
 void TPX1ResolveRelativePath(long funcId, char **argHandle, char **resultHandle);
 void TPX1FileSystemRepresentationFromClassicPath(long funcId, char **argHandle, char **resultHandle);

@@ -100,10 +100,11 @@ __attribute__((target("avx2"))) static long FindAnchorsAvx2(const unsigned char 
     return -1;
 }
 
+/* The compiler's runtime reads the processor's features once at start-up: asking is a
+ * load and a test. */
 static bool HaveAvx2(void)
 {
-    static const bool have = __builtin_cpu_supports("avx2");
-    return have;
+    return __builtin_cpu_supports("avx2");
 }
 #endif
 

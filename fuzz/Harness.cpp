@@ -20,10 +20,9 @@
 #include "platform/Processes.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
-#include "plugin/Plugin.h"
+#include "plugin/CoreState.h"
 #include "store/DataNode.h"
 #include "store/MessageLists.h"
-#include "text/OutputCodes.h"
 #include "text/TextHandles.h"
 
 /* ---- FuzzInput ---- */
@@ -264,19 +263,7 @@ void HarnessResetProcess(uint32_t clockStep)
     HarnessCloseOpenFiles();
     TidyRoot();
 
-    ResetIacState();
-    ResetPathState();
-    memset(gDeferredScript, 0, sizeof gDeferredScript);
-    gLastSentDoScriptTicks = 0;
-    gIdleReentryGuard = 0;
-    gDeferredInitDone = 0;
-    ClearOutputCodes();
-    gNameOfGlobalThatTriggeredScript[0] = 0;
-    gLastSetParameterCallTicks = 0;
-    gLastGetParameterCallTicks = 0;
-    gLastGetNextMessageCallTicks = 0;
-    gHaveSendDoScriptAndWaitingForGetNextMessage = 0;
-    gHaveGottenAnIncomingMessageButNotClearedIt = 0;
+    ResetCoreState();
     HarnessUseStandingBlock();
 }
 

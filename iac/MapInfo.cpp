@@ -9,16 +9,7 @@
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
-MapEntry gTopoluxMaps[kMapCount];
-FirstView gTopoluxFirstView;
-
 static const char kDefaultMapOptions[] = "NODEFAULT DELETEYES MOVEMAPYES MOVELAYERYES DRAGYES ADDYES";
-
-void ResetMapTables(void)
-{
-    memset(gTopoluxMaps, 0, sizeof gTopoluxMaps);
-    memset(&gTopoluxFirstView, 0, sizeof gTopoluxFirstView);
-}
 
 /* The field of text up to the next bar (cut to 255 characters); *cursor moves past the bar. */
 static void TakeBarField(const char **cursor, char *field)

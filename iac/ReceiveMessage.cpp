@@ -6,15 +6,13 @@
 #include <string.h>
 
 #include "iac/Iac.h"
+#include "iac/IacState.h"
 #include "platform/Toolbox.h"
 #include "store/DataNode.h"
 #include "store/MessageLists.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
-
-static AEEventHandlerUPP gVeskHandlerUPP = nullptr;
-static bool gIacClosed = false;   /* from Shutdown to the next Init */
 
 OSErr InitIac(void)
 {

@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include "maplist/Lst2.h"
+#include "maplist/Lst2State.h"
 #include "store/MessageLists.h"
 #include "text/OutputCodes.h"
 #include "text/TextHandles.h"
@@ -23,9 +24,8 @@ enum {
     kLst2StageSize = 16384        /* output gathered before it goes into the result */
 };
 
-/* The column table, rebuilt at every call and ended by a pair with code 0. */
-static WordCode gLst2ColumnTable[7];
-
+/* The column table gLst2ColumnTable is rebuilt at every call and ended by a pair with
+ * code 0. */
 static void BuildLst2ColumnTable(void)
 {
     static const char *const words[6] = {"TOPOLUXID", "LAYERNAME", "MAPNAME", "SPACE", "TAB", "RETURN"};

@@ -15,10 +15,6 @@
 #include "store/Globals.h"
 #include "store/MessageLists.h"
 
-char gDeferredScript[kDoScriptSlots][kDoScriptNameSize];
-uint32_t gLastSentDoScriptTicks = 0;
-unsigned char gIdleReentryGuard = 0;
-
 long AddScriptToDoScriptQueue(const char *scriptName)
 {
     if (strlen(scriptName) > kDoScriptNameSize - 1)

@@ -6,8 +6,7 @@
  */
 #include "plugin/Plugin.h"
 #include "platform/Toolbox.h"
-
-extern FMX_ExternCallBlock *gFMX_ExternCallPtr;
+#include "text/TextHandles.h"
 
 enum { kMinHostVersion = 50, kMaxHostVersion = 255, kPluginAnswer = 51 };
 

@@ -11,8 +11,6 @@
 #include "store/MessageLists.h"
 #include "text/TextUtils.h"
 
-unsigned char gDeferredInitDone = 0;
-
 void Plugin_Init(short hostVersion)
 {
     (void)hostVersion;

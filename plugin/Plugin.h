@@ -12,7 +12,7 @@
 #include "store/DataNode.h"
 
 /* ---- Entry and life cycle ---- */
-extern unsigned char gDeferredInitDone;
+extern unsigned char &gDeferredInitDone;
 /* Everything FMExternCallProc does; the shell in the .fmx only forwards to it. */
 void RunHostCall(FMX_ExternCallBlock *block);
 void Plugin_Init(short hostVersion);
@@ -25,9 +25,9 @@ OSErr SendMessageToApp(unsigned long signature, short kind);
 
 /* ---- DoScript queue and idle ---- */
 enum { kDoScriptSlots = 10, kDoScriptNameSize = 64, kGraceTicks = 600 };
-extern char gDeferredScript[kDoScriptSlots][kDoScriptNameSize];
-extern uint32_t gLastSentDoScriptTicks;
-extern unsigned char gIdleReentryGuard;
+extern char (&gDeferredScript)[kDoScriptSlots][kDoScriptNameSize];
+extern uint32_t &gLastSentDoScriptTicks;
+extern unsigned char &gIdleReentryGuard;
 /* AddScriptToDoScriptQueue is declared with the stores, which feed the queue. */
 void ProcessDoScriptQueue(void);
 OSErr SendDoScript(const char *scriptName, unsigned long signature);

@@ -1,5 +1,5 @@
 /*
- * DataNode.cpp: the list heads and the list operations that do not set values: look
+ * DataNode.cpp: the list operations that do not set values: look
  * up, remove, rename, read, attach and enable scripts, dispose. Nodes are host pointer
  * blocks, values host handles; removing a node frees its value first, then the node.
  */
@@ -8,13 +8,6 @@
 #include <cstring>
 
 #include "text/TextHandles.h"
-
-DataNode *gUserGlobalsDataNodeList = nullptr;
-DataNode *gOutgoingUserMessageParameterDataNodeList = nullptr;
-DataNode *gOutgoingStdBevaviorMessageParameterDataNodeList = nullptr;
-DataNode *gIncomingMessageParameterDataNodeList = nullptr;
-DataNode *gArchivedIncomingMessageParameterDataNodeList[kArchiveSlotCount];
-char gNameOfGlobalThatTriggeredScript[256];
 
 static const char kAllUserNodes[] = "*";
 

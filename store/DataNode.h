@@ -20,12 +20,12 @@ struct DataNode {
 
 enum { kArchiveSlotCount = 20 };
 
-extern DataNode *gUserGlobalsDataNodeList;
-extern DataNode *gOutgoingUserMessageParameterDataNodeList;
-extern DataNode *gOutgoingStdBevaviorMessageParameterDataNodeList;
-extern DataNode *gIncomingMessageParameterDataNodeList;
-extern DataNode *gArchivedIncomingMessageParameterDataNodeList[kArchiveSlotCount];
-extern char gNameOfGlobalThatTriggeredScript[256];
+extern DataNode *&gUserGlobalsDataNodeList;
+extern DataNode *&gOutgoingUserMessageParameterDataNodeList;
+extern DataNode *&gOutgoingStdBevaviorMessageParameterDataNodeList;
+extern DataNode *&gIncomingMessageParameterDataNodeList;
+extern DataNode *(&gArchivedIncomingMessageParameterDataNodeList)[kArchiveSlotCount];
+extern char (&gNameOfGlobalThatTriggeredScript)[256];
 
 void InitDataLists(void);
 void DisposeDataList(DataNode **head);

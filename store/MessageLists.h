@@ -10,11 +10,11 @@
 #include "platform/MacTypes.h"
 #include "store/DataNode.h"
 
-extern uint32_t gLastSetParameterCallTicks;
-extern uint32_t gLastGetParameterCallTicks;
-extern uint32_t gLastGetNextMessageCallTicks;
-extern unsigned char gHaveSendDoScriptAndWaitingForGetNextMessage;
-extern unsigned char gHaveGottenAnIncomingMessageButNotClearedIt;
+extern uint32_t &gLastSetParameterCallTicks;
+extern uint32_t &gLastGetParameterCallTicks;
+extern uint32_t &gLastGetNextMessageCallTicks;
+extern unsigned char &gHaveSendDoScriptAndWaitingForGetNextMessage;
+extern unsigned char &gHaveGottenAnIncomingMessageButNotClearedIt;
 
 DataNode **OutgoingListHead(short which);   /* NULL for a selector other than 1 or 2 */
 void DisposeOutgoingMessageParameterList(short which);

@@ -7,9 +7,6 @@
 
 #include "text/OutputCodes.h"
 
-int16_t gOutputCodes[10];
-const WordCode *gWordCodeTable = nullptr;
-
 enum { kCodeEnd = 0, kCodeField1, kCodeField2, kCodeField3, kCodeBlank, kCodeTab, kCodeReturn };
 
 void ClearOutputCodes(void)

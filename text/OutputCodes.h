@@ -8,9 +8,9 @@
 
 #include "platform/MacTypes.h"
 
-extern int16_t gOutputCodes[10];
+extern int16_t (&gOutputCodes)[10];
 struct WordCode { int16_t code; const char *word; };
-extern const WordCode *gWordCodeTable;
+extern const WordCode *&gWordCodeTable;
 
 void ClearOutputCodes(void);
 void SetOutputCode(long slot, short code);

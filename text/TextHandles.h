@@ -10,7 +10,7 @@
 #include "text/FMXExtern.h"
 #include "platform/MacTypes.h"
 
-extern FMX_ExternCallBlock *gFMX_ExternCallPtr;
+extern FMX_ExternCallBlock *&gFMX_ExternCallPtr;
 
 /* Host memory primitives (null-safe where it makes sense: a null handle has size 0). */
 char **NewFHandle(long size);

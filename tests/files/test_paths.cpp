@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "files/FilesState.h"
 #include "files/Paths.h"
 #include "platform/Files.h"
 #include "store/Globals.h"
@@ -64,7 +65,7 @@ TEST_F(FilesTest, ApplicationPathsComeFromTheProcessAndAreKept)
     setenv("TPX1_APP_PATH", Posix("Apps/Host.app/Contents/MacOS/Host").c_str(), 1);
     GetAppName(out);
     EXPECT_EQ(std::string(out), "FakeHost") << "the path is computed once and kept";
-    ResetPathState();
+    gAppFullPathKnown = false;
     GetAppFullPathName(out);
     EXPECT_EQ(std::string(out), Classic("Apps:Host.app:Contents:MacOS:Host"));
     GetAppFolderPathWithDelimiter(out);
