@@ -18,6 +18,7 @@
 #include "platform/Faults.h"
 #include "platform/Files.h"
 #include "platform/Processes.h"
+#include "platform/Services.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
 #include "plugin/CoreState.h"
@@ -249,21 +250,15 @@ void HarnessResetProcess(uint32_t clockStep)
 {
     EnsureRoot();
     HostMemorySetFailure(0, kHostFailOff);
-    PlatformFaultClearAll();
+    PlatformResetAll();
+    ResetCoreState();
     PlatformDialogUseRecorder();
-    PlatformDialogClearRecord();
     PlatformBusUseMemory();
     PlatformSetProcessSignature(kHarnessHostSignature);
-    PlatformMemoryBusSetLaunchSignature(0);
-    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
-    HarnessDrainEvents();
     PlatformClockUseManual(1000, clockStep);
     setenv("TPX1_APP_PATH", HarnessPosix("Apps/FakeHost").c_str(), 1);
     setenv("TPX1_APPLICATIONS_FOLDER", HarnessPosix("Applications").c_str(), 1);
-    HarnessCloseOpenFiles();
     TidyRoot();
-
-    ResetCoreState();
     HarnessUseStandingBlock();
 }
 

@@ -52,10 +52,10 @@ std::string HarnessReadFile(const std::string &relative);
 void HarnessRemoveFile(const std::string &relative);
 
 /* ---- Process state ---- */
-/* Puts every process-wide table back as at load, with the test backends: host memory
- * without failures, no platform faults, recorded dialogs, an empty in-memory bus, the
- * manual clock (moving by clockStep at every TickCount), no handler for incoming
- * messages, no open files, and the environment pointing at the private folder. */
+/* Puts every process-wide table back as at load (the platform's PlatformResetAll and the
+ * plug-in's ResetCoreState), with the test backends: host memory without failures,
+ * recorded dialogs, an empty in-memory bus, the manual clock (moving by clockStep at
+ * every TickCount), and the environment pointing at the private folder. */
 void HarnessResetProcess(uint32_t clockStep);
 /* The host's handle on the linked-in plug-in (entry = RunHostCall, no resource file). */
 HostPlugin *HarnessPlugin();

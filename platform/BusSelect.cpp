@@ -4,6 +4,7 @@
  * and drops the events still queued from it.
  */
 #include "platform/BusTransport.h"
+#include "platform/ServiceResets.h"
 #include "platform/TestBus.h"
 
 namespace {
@@ -40,3 +41,8 @@ void PlatformBusUseDBus(void)
 }
 
 } // extern "C"
+
+void ResetBusSelection(void)
+{
+    gBus = nullptr;
+}
