@@ -13,6 +13,8 @@ extern char (&gBaseDirectory)[256];
 
 OSErr ResolvePathRelativeToApplication(const char *path, char *out);
 OSErr ResolvePathRelativeToBaseDirectory(const char *path, char *out);
+/* 0, or (with the report shown) no listed folder holds the reference file, or two do. */
+enum { kNoBaseDirectoryErr = -1, kTwoBaseDirectoriesErr = -2 };
 OSErr DetermineBaseDirectoryFromTheReferenceFile(const char *referenceFile);
 OSErr ResolvePossiblePartialPath(const char *path, const char *referenceFile, int unused, char *out);
 OSErr strcpyFileSystemRepresentationFromClassicPath(char *out, const char *classicPath, long outSize);

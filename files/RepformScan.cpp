@@ -16,6 +16,7 @@
 
 #include "files/FileSupport.h"
 #include "files/Repform.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 enum {
@@ -161,7 +162,7 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
         NewBufferBackingOff(kRepformChunkSize, kRepformChunkStep, kRepformCarry + 1, &size));
     if (!buffer) {
         if (rewrite)
-            return -1;
+            return kMissingErr;
         *errorText = "Error: Unable to allocate buffer. (Out of memory)";
         return memFullErr;
     }

@@ -23,6 +23,7 @@
 #include "platform/Toolbox.h"
 #include "plugin/CoreState.h"
 #include "store/DataNode.h"
+#include "store/Globals.h"
 #include "store/MessageLists.h"
 #include "text/TextHandles.h"
 
@@ -265,8 +266,8 @@ void HarnessResetProcess(uint32_t clockStep)
 /* ---- Checks ---- */
 
 const char *const kReservedGlobalNames[10] = {
-    "App Name",       "App Path",         "App Folder with Delim", "Error Dialogs", "Handle Message Script",
-    "Plugin Version", "Script Menu Name", "App Signature",         "App PSIG",      "App DOC"};
+    kAppNameGlobal,       kAppPathGlobal,        kAppFolderGlobal,    kErrorDialogsGlobal, kHandleMessageScriptGlobal,
+    kPluginVersionGlobal, kScriptMenuNameGlobal, kAppSignatureGlobal, kAppPsigGlobal,      kAppDocGlobal};
 
 namespace {
 
@@ -424,7 +425,7 @@ std::string HarnessConfineArgument(long funcId, const std::string &argument)
 {
     if (funcId == kTPX1SetGlobal || funcId == kTPX1AppendToGlobal) {
         /* The application folder is where relative paths start: it must stay ours. */
-        static const std::string kAppFolder = "App Folder with Delim|";
+        static const std::string kAppFolder = std::string(kAppFolderGlobal) + "|";
         return argument.compare(0, kAppFolder.size(), kAppFolder) == 0 ? "Ignored|" : argument;
     }
     int first = FirstPathField(funcId);

@@ -6,6 +6,7 @@
 
 #include "iac/IacTables.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
@@ -53,7 +54,7 @@ void TPX1SetTopoluxMapInfo(long funcId, char **argHandle, char **resultHandle)
         strcpy(options, kDefaultMapOptions);
     MapEntry *entry = MapEntryForKey(key);
     if (!entry) {
-        ReportErrorToUser(funcId, -3);
+        ReportErrorToUser(funcId, kTableFullErr);
         return;
     }
     strcpy(entry->folder, key);

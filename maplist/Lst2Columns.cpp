@@ -8,6 +8,7 @@
 #include "maplist/Lst2.h"
 #include "maplist/Lst2State.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 #include "text/OutputCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
@@ -166,7 +167,7 @@ static OSErr WriteLst2Columns(const char *list, long lineCount, bool fileFlag, c
             continue;
         StrcpyOutputLine(composed, identifier, layer, map);
         if (fileFlag) {
-            err = -3;   /* output to a file is not provided */
+            err = kTableFullErr;   /* -3, as for a full table: output to a file is not provided */
             break;
         }
         err = AppendLst2Output(&out, composed);

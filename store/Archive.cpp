@@ -4,6 +4,7 @@
  * the others shift down.
  */
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 bool AnyArchivedMessage(void)
 {
@@ -34,7 +35,7 @@ OSErr ArchiveMessageForTesting(const char *const *keywordValuePairs, int pairCou
 {
     int slot = FirstFreeArchiveSlot();
     if (slot < 0)
-        return -33;
+        return kArchiveFullErr;
     DataNode **head = &gArchivedIncomingMessageParameterDataNodeList[slot];
     for (int i = 0; i < pairCount; i++) {
         long err = SetDataFromStr(keywordValuePairs[2 * i], 0, keywordValuePairs[2 * i + 1], head);

@@ -44,7 +44,8 @@ void CopyNodeName(char *field, const char *src);
 
 /* The frame's DoScript queue (plugin/DoScript.cpp), which a change of a node with an
  * enabled attached script feeds. Declared here so that the stores need nothing of the
- * frame's headers. 0 queued, -1 name over 63 characters, -2 queue full. */
+ * frame's headers. 0 queued, or one of its refusals. */
+enum { kScriptNameTooLongErr = -1, kQueueFullErr = -2 };
 long AddScriptToDoScriptQueue(const char *scriptName);
 
 #endif

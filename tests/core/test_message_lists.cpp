@@ -5,6 +5,7 @@
 #include "StoreTestHost.h"
 #include "platform/Toolbox.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 class MessageListsTest : public StoreTest {
 protected:
@@ -65,7 +66,7 @@ TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
     for (int i = 0; i < kArchiveSlotCount; i++)
         Archive("FULL", "x");
     const char *pairs[] = {"MSSG", "OVER"};
-    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), -33);
+    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), kArchiveFullErr);
     EXPECT_EQ(FirstFreeArchiveSlot(), -1);
     TakeOldestArchivedMessage();
     EXPECT_EQ(FirstFreeArchiveSlot(), kArchiveSlotCount - 1);

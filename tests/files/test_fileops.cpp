@@ -13,6 +13,7 @@
 #include "platform/Faults.h"
 #include "platform/Files.h"
 #include "platform/Toolbox.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 namespace {
@@ -136,7 +137,7 @@ TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
     ASSERT_EQ(HOpenDF(0, 0, to, fsRdWrPerm, &destination), noErr);
 
     HostMemorySetFailure(1, kHostFailFromThenOn);
-    EXPECT_EQ(TransferFileSection(source, destination, 0, 200000), -1);
+    EXPECT_EQ(TransferFileSection(source, destination, 0, 200000), kMissingErr);
     EXPECT_EQ(HostMemoryAllocationCount(), 20) << "100000 down to 5000 in steps of 5000";
 
     HostMemorySetFailure(1, kHostFailOnce);
@@ -237,7 +238,7 @@ TEST_F(FilesTest, WriteAndReadHelpers)
     EXPECT_EQ(ReadFile("w.txt"), "2nd");
     EXPECT_EQ(AppendBufferToFile(path.c_str(), "+more", 5), noErr);
     EXPECT_EQ(ReadFile("w.txt"), "2nd+more");
-    EXPECT_EQ(WriteCStringToFile(path.c_str(), nullptr), -1);
+    EXPECT_EQ(WriteCStringToFile(path.c_str(), nullptr), kMissingErr);
     Str255 name;
     PascalOf(path, name);
     FInfo info{};
