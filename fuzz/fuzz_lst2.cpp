@@ -20,6 +20,7 @@
 
 #include "fuzz/FuzzTargets.h"
 #include "fuzz/Harness.h"
+#include "fuzz/TestHooks.h"
 #include "maplist/Lst2.h"
 #include "store/MessageLists.h"
 #include "text/TextUtils.h"

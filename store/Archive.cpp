@@ -4,7 +4,6 @@
  * the others shift down.
  */
 #include "store/MessageLists.h"
-#include "text/ErrorCodes.h"
 
 bool AnyArchivedMessage(void)
 {
@@ -29,20 +28,4 @@ void TakeOldestArchivedMessage(void)
     for (int i = 1; i < kArchiveSlotCount; i++)
         gArchivedIncomingMessageParameterDataNodeList[i - 1] = gArchivedIncomingMessageParameterDataNodeList[i];
     gArchivedIncomingMessageParameterDataNodeList[kArchiveSlotCount - 1] = nullptr;
-}
-
-OSErr ArchiveMessageForTesting(const char *const *keywordValuePairs, int pairCount)
-{
-    int slot = FirstFreeArchiveSlot();
-    if (slot < 0)
-        return kArchiveFullErr;
-    DataNode **head = &gArchivedIncomingMessageParameterDataNodeList[slot];
-    for (int i = 0; i < pairCount; i++) {
-        long err = SetDataFromStr(keywordValuePairs[2 * i], 0, keywordValuePairs[2 * i + 1], head);
-        if (err) {
-            DisposeDataList(head);
-            return (OSErr)err;
-        }
-    }
-    return noErr;
 }

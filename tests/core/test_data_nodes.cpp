@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "StoreTestHost.h"
+#include "fuzz/TestHooks.h"
 #include "store/MessageLists.h"
 #include "text/ErrorCodes.h"
 #include "text/TextHandles.h"

@@ -3,6 +3,7 @@
  * through the external functions and the selector-based operations.
  */
 #include "StoreTestHost.h"
+#include "fuzz/TestHooks.h"
 #include "platform/Toolbox.h"
 #include "store/MessageLists.h"
 #include "text/ErrorCodes.h"

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "fuzz/Harness.h"
+#include "fuzz/TestHooks.h"
 #include "platform/Faults.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/TestHooks.h"
 #include "host/HostCore.h"
 #include "platform/AppleEvents.h"
 #include "platform/Processes.h"
