@@ -246,10 +246,3 @@ int FuzzLst2OneInput(const uint8_t *data, size_t size)
     HarnessShutdownAndCheck(plugin);
     return 0;
 }
-
-#ifndef TPX1_FUZZ_REPLAY
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
-{
-    return FuzzLst2OneInput(data, size);
-}
-#endif
