@@ -482,6 +482,22 @@ uint32_t CodeOf(const char *text)
 
 }  // namespace
 
+void HarnessDeliverMessage(const std::vector<std::pair<std::string, std::string>> &pairs, uint32_t sender)
+{
+    AppleEvent event;
+    AEAddressDesc address;
+    AEInitializeDesc(&event);
+    AEInitializeDesc(&address);
+    OSType me = kHarnessHostSignature;
+    AECreateDesc(typeApplSignature, &me, sizeof me, &address);
+    AECreateAppleEvent(kVeskEventClass, kVeskEventID, &address, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    for (const auto &pair : pairs)
+        AEPutParamPtr(&event, CodeOf(pair.first.c_str()), typeChar, pair.second.data(), (int32_t)pair.second.size());
+    PlatformMemoryBusDeliver(&event, sender);
+    AEDisposeDesc(&event);
+    AEDisposeDesc(&address);
+}
+
 void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event)
 {
     AEInitializeDesc(event);

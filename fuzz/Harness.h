@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/HostCore.h"
@@ -90,6 +91,10 @@ void HarnessShutdownAndCheck(HostPlugin *plugin);
  * paths are put under it, leading colons are cut to one level up, no empty or ".."
  * components, no '/'). Other ids come back unchanged. */
 std::string HarnessConfineArgument(long funcId, const std::string &argument);
+/* Delivers a 'VESK' message of (keyword, value) pairs to this process over the in-memory
+ * bus, as the partner with the sender signature sends it; HarnessDrainEvents hands it to
+ * the handler. */
+void HarnessDeliverMessage(const std::vector<std::pair<std::string, std::string>> &pairs, uint32_t sender);
 /* An incoming message event built from the input: any class and id now and then, then
  * keyword / type / data triples (known keywords and message ids preferred). */
 void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event);

@@ -101,21 +101,8 @@ std::string Call(long funcId, const std::string &argument)
 
 void DeliverInfo(const std::string &text, const std::string &lst2)
 {
-    AppleEvent event;
-    AEAddressDesc address;
-    AEInitializeDesc(&event);
-    AEInitializeDesc(&address);
-    OSType me = kHarnessHostSignature;
-    AECreateDesc(typeApplSignature, &me, sizeof me, &address);
-    AECreateAppleEvent(FOUR_CHAR('V', 'E', 'S', 'K'), FOUR_CHAR('A', 'E', 'V', 'T'), &address, kAutoGenerateReturnID,
-                       kAnyTransactionID, &event);
-    const std::string pairs[][2] = {{"MSSG", "INFO"}, {"SIGN", "TPX1"}, {"TEXT", text}, {"LST2", lst2}};
-    for (const auto &pair : pairs)
-        AEPutParamPtr(&event, FOUR_CHAR(pair[0][0], pair[0][1], pair[0][2], pair[0][3]), typeChar, pair[1].data(),
-                      (int32_t)pair[1].size());
-    PlatformMemoryBusDeliver(&event, FOUR_CHAR('T', 'P', 'X', '1'));
-    AEDisposeDesc(&event);
-    AEDisposeDesc(&address);
+    HarnessDeliverMessage({{"MSSG", "INFO"}, {"SIGN", "TPX1"}, {"TEXT", text}, {"LST2", lst2}},
+                          FOUR_CHAR('T', 'P', 'X', '1'));
     HarnessDrainEvents();
 }
 
