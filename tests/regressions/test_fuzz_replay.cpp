@@ -10,10 +10,17 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "fuzz/FuzzTargets.h"
+
+/* A target as gtest lists it: by its name. */
+void PrintTo(const FuzzTarget &target, std::ostream *out)
+{
+    *out << target.name;
+}
 
 namespace {
 
