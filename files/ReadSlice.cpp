@@ -8,6 +8,7 @@
 #include "files/FileOps.h"
 #include "files/FileSupport.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
@@ -66,7 +67,7 @@ void TPX1GetCharsFromFile(long funcId, char **argHandle, char **resultHandle)
     }
     char *buffer = count < INT32_MAX ? static_cast<char *>(NewFPointer(count + 1)) : nullptr;
     if (!buffer) {
-        ReportErrorToUser(funcId, -1);
+        ReportErrorToUser(funcId, kMissingErr);
         return;
     }
     buffer[0] = 0;

@@ -16,6 +16,7 @@
 
 #include "files/FileSupport.h"
 #include "files/Repform.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 enum {
@@ -100,10 +101,11 @@ __attribute__((target("avx2"))) static long FindAnchorsAvx2(const unsigned char 
     return -1;
 }
 
+/* The compiler's runtime reads the processor's features once at start-up: asking is a
+ * load and a test. */
 static bool HaveAvx2(void)
 {
-    static const bool have = __builtin_cpu_supports("avx2");
-    return have;
+    return __builtin_cpu_supports("avx2");
 }
 #endif
 
@@ -160,7 +162,7 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
         NewBufferBackingOff(kRepformChunkSize, kRepformChunkStep, kRepformCarry + 1, &size));
     if (!buffer) {
         if (rewrite)
-            return -1;
+            return kMissingErr;
         *errorText = "Error: Unable to allocate buffer. (Out of memory)";
         return memFullErr;
     }

@@ -9,6 +9,7 @@
 #include "iac/IacTables.h"
 #include "files/FileOps.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "ui/Alerts.h"
 
 enum { kOpenDocumentSendMode = kAENoReply | kAEAlwaysInteract };
@@ -146,18 +147,18 @@ OSErr GetDefaultPath(unsigned long signature, char *path)
     else if (signature == kTopoluxSignature)
         tail = "TOPOLUX Folder:TOPOLUX";
     else
-        return -1;
+        return kMissingErr;
     int16_t vRefNum = 0;
     int32_t dirID = 0;
     OSErr err = FindFolder(kOnSystemDisk, kApplicationsFolderType, kDontCreateFolder, &vRefNum, &dirID);
     if (err)
         return err;
     if (GetPathWithDelimiterFromDirID(dirID, vRefNum, path) != noErr)
-        return -1;
+        return kMissingErr;
     if (strlen(path) + strlen(tail) > 255)
-        return -1;
+        return kMissingErr;
     strcat(path, tail);
-    return FileExists(path) ? noErr : -1;
+    return FileExists(path) ? noErr : kMissingErr;
 }
 
 OSErr SignatureToApp(unsigned long signature, const FSSpec *document, ProcessSerialNumber *psn, FSSpec *appSpec,

@@ -6,8 +6,10 @@
 #include <string.h>
 
 #include "maplist/Lst2.h"
-#include "plugin/Plugin.h"
+#include "maplist/Lst2State.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
+#include "text/OutputCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
@@ -23,9 +25,8 @@ enum {
     kLst2StageSize = 16384        /* output gathered before it goes into the result */
 };
 
-/* The column table, rebuilt at every call and ended by a pair with code 0. */
-static WordCode gLst2ColumnTable[7];
-
+/* The column table gLst2ColumnTable is rebuilt at every call and ended by a pair with
+ * code 0. */
 static void BuildLst2ColumnTable(void)
 {
     static const char *const words[6] = {"TOPOLUXID", "LAYERNAME", "MAPNAME", "SPACE", "TAB", "RETURN"};
@@ -166,7 +167,7 @@ static OSErr WriteLst2Columns(const char *list, long lineCount, bool fileFlag, c
             continue;
         StrcpyOutputLine(composed, identifier, layer, map);
         if (fileFlag) {
-            err = -3;   /* output to a file is not provided */
+            err = kTableFullErr;   /* -3, as for a full table: output to a file is not provided */
             break;
         }
         err = AppendLst2Output(&out, composed);

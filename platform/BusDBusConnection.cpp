@@ -7,6 +7,7 @@
  */
 #include "platform/BusDBus.h"
 #include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 #include "platform/Toolbox.h"
 
 #include <cerrno>
@@ -24,7 +25,7 @@ sd_bus_slot *gObjectSlot = nullptr;
 sd_bus_slot *gFilterSlot = nullptr;
 sd_bus_slot *gNamesSlot = nullptr;
 BusState gState = kBusNeverOpened;
-bool gExitHookSet = false;
+bool gExitHookSet = false;          /* kept by PlatformResetAll: the hook is set once */
 bool gWarnedNoBus = false;
 uint64_t gLastDrainUsec = 0;        /* when the last drain ended; 0 on a new connection */
 
@@ -245,7 +246,7 @@ void PlatformBusClose(void)
 
 const char *PlatformBusAddress(void)
 {
-    static std::string address;
+    static std::string address;   /* the text returned: no state, kept by PlatformResetAll */
     const char *current = nullptr;
     if (gBus && sd_bus_get_address(gBus, &current) >= 0 && current) {
         address = current;
@@ -260,3 +261,9 @@ void PlatformBusNameForSignature(OSType signature, char *name)
 }
 
 } // extern "C"
+
+void ResetDBusConnection(void)
+{
+    PlatformBusClose();
+    gWarnedNoBus = false;
+}

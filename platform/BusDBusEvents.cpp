@@ -8,6 +8,7 @@
  */
 #include "platform/BusDBus.h"
 #include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 #include "platform/Toolbox.h"
 
 #include <cerrno>
@@ -290,6 +291,13 @@ int BusDBusAddObject(sd_bus *bus, sd_bus_slot **objectSlot, sd_bus_slot **filter
     int r = sd_bus_add_object_vtable(bus, objectSlot, kBusObjectPath, kBusInterface, kAppVtable, nullptr);
     if (r < 0) return r;
     return sd_bus_add_filter(bus, filterSlot, ErrorFilter, nullptr);
+}
+
+void ResetDBusCalls(void)
+{
+    for (PendingCall &call : gNoReplyCalls) call = PendingCall{0, 0};
+    gNextCookieSlot = 0;
+    gActivations = 0;
 }
 
 bool BusDBusActivationsPending(void)

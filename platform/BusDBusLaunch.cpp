@@ -27,6 +27,7 @@ extern char **environ;
 namespace {
 
 const int32_t kDefaultLaunchTimeoutMs = 5000;
+/* Kept by PlatformResetAll: a child is reaped when it ends, forgotten it would linger. */
 std::vector<pid_t> gChildren;
 
 int32_t LaunchTimeoutMs(void)

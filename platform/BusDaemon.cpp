@@ -22,6 +22,8 @@ extern char **environ;
 namespace {
 
 const int kDaemonStartMs = 10000;
+/* Kept by PlatformResetAll: the private daemon runs until PlatformBusStopPrivateDaemon
+ * or exit, and the exit hook is set once. */
 pid_t gDaemonPid = 0;
 std::string gDaemonAddress;
 bool gStopAtExit = false;

@@ -5,6 +5,7 @@
  */
 #include "platform/BusTransport.h"
 #include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 #include "platform/TestBus.h"
 
 namespace {
@@ -46,3 +47,8 @@ OSErr PlatformBusOpen(void)
 }
 
 } // extern "C"
+
+void ResetBusSelection(void)
+{
+    gBus = nullptr;
+}

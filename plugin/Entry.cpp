@@ -6,10 +6,9 @@
  */
 #include "plugin/Plugin.h"
 #include "platform/Toolbox.h"
+#include "text/TextHandles.h"
 
-extern FMX_ExternCallBlock *gFMX_ExternCallPtr;
-
-enum { kMinHostVersion = 50, kMaxHostVersion = 255, kPluginAnswer = 51 };
+enum { kMinHostVersion = 50, kMaxHostVersion = 255, kPluginAnswer = 51, kRefusedHostAnswer = -1 };
 
 void RunHostCall(FMX_ExternCallBlock *block)
 {
@@ -25,7 +24,7 @@ void RunHostCall(FMX_ExternCallBlock *block)
             Plugin_Init(block->hostVersion);
             block->result.value = kPluginAnswer;
         } else {
-            block->result.value = -1;
+            block->result.value = kRefusedHostAnswer;
         }
         break;
     case kFMXT_Idle:

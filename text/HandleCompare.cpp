@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "text/ErrorCodes.h"
+
 int strcmpFHandles(char **a, char **b)
 {
     long lengthA = GetFHandleSize(a);
@@ -48,12 +50,12 @@ static bool HandleContainsText(char **h, const char *needle)
 OSErr MergeHandleContents(char **h, char *lines)
 {
     if (!h || !lines)
-        return -1;
+        return kMissingErr;
     char piece[kMaxMergeLine + 2];
     for (char *line = strtok(lines, "\r"); line; line = strtok(nullptr, "\r")) {
         size_t len = strlen(line);
         if (len > kMaxMergeLine)
-            return -345;
+            return kLineTooLongErr;
         memcpy(piece, line, len);
         piece[len] = '\r';
         piece[len + 1] = 0;

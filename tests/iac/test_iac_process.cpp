@@ -15,6 +15,7 @@
 #include "platform/Toolbox.h"
 #include "store/Globals.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 namespace {
 
@@ -76,9 +77,9 @@ TEST_F(IacTest, LaunchFallsBackToTheApplicationsFolderAndRecordsIt)
     char path[256];
     EXPECT_EQ(GetDefaultPath(kTopoluxSignature, path), noErr);
     EXPECT_EQ(std::string(path), expected);
-    EXPECT_EQ(GetDefaultPath(kNimboSignature, path), -1);
+    EXPECT_EQ(GetDefaultPath(kNimboSignature, path), kMissingErr);
     strcpy(path, "old");
-    EXPECT_EQ(GetDefaultPath(FOUR_CHAR('R', 'E', 'P', 'F'), path), -1);
+    EXPECT_EQ(GetDefaultPath(FOUR_CHAR('R', 'E', 'P', 'F'), path), kMissingErr);
     EXPECT_STREQ(path, "");
 
     /* A recorded path that is gone gives way to the default place, which is recorded. */
