@@ -114,12 +114,20 @@ TEST_F(IacTest, UnreachablePartnersRaiseTheUnableToLocateAlerts)
         EXPECT_EQ(DialogText(0), c.text);
     }
 
-    /* Found on disk but never comes up: the launch error, after the alert. */
+    /* Recorded and in its default place, started but never comes up: one process and
+     * one alert for the whole call (greeting and message both need NIMBO), no second
+     * place tried, then the send's error report. */
     apps.Write("NIMBO Folder/NIMBO");
+    std::string recorded = apps.Write("Elsewhere/NIMBO");
+    AddFriend(kNimboSignature, apps.Classic("Elsewhere/NIMBO").c_str());
     PlatformDialogClearRecord();
-    EXPECT_EQ(MakeSureAppIsRunning(kNimboSignature, nullptr), procNotFound);
-    EXPECT_EQ(PlatformMemoryBusLaunchCount(), 1);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 1);
+    SetOutgoingMessageParameterFromStr("MSSG", "RUN!", 1);
+    EXPECT_EQ(Call(kTPX1SendMessageTo, "NMB5"), "");
+    ASSERT_EQ(PlatformMemoryBusLaunchCount(), 1);
+    EXPECT_STREQ(PlatformMemoryBusLaunchPath(0), recorded.c_str());
+    ASSERT_EQ(PlatformDialogRecordedCount(), 2);
+    EXPECT_EQ(DialogText(0).rfind("Unable to locate NIMBO.", 0), 0u);
+    EXPECT_NE(DialogText(1).find("Error: -600"), std::string::npos);
 
     /* Looking only: no launch, no alert. */
     PlatformDialogClearRecord();
@@ -145,11 +153,13 @@ TEST_F(IacTest, DocumentsTravelAsFileURLs)
     EXPECT_EQ(launched, 1);
     EXPECT_STREQ(PlatformMemoryBusLaunchDocument(0), document.c_str());
     EXPECT_FALSE(psn.highLongOfPSN == 0 && psn.lowLongOfPSN == 0);
+    /* Launched without launchDontSwitch: brought forward once it runs. */
+    EXPECT_EQ(PlatformMemoryBusFrontCount(), 1);
 
     /* A running partner is brought forward and sent the open-document event. */
     EXPECT_EQ(SignatureToApp(kNimboSignature, &theSpec, &psn, nullptr, &launched, 2, launchContinue), noErr);
     EXPECT_EQ(launched, 0);
-    EXPECT_EQ(PlatformMemoryBusFrontCount(), 1);
+    EXPECT_EQ(PlatformMemoryBusFrontCount(), 2);
     AppleEvent event;
     ASSERT_EQ(PlatformMemoryBusTakeSent(kNimboSignature, &event), noErr);
     OSType eventClass = 0, eventID = 0;
