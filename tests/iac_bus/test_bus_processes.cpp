@@ -123,7 +123,14 @@ TEST_F(BusProcesses, GoToAppBringsTheLaunchedPartnerForward)
     /* Launched for a message (without switching): no activation. */
     SendTo("NMB5");
     EXPECT_TRUE(WaitFor([&] { return HarnessLoggedEvent(HarnessReadFile(nimbo), "RUN!") != ""; }));
+    /* At Shutdown both hear "BYE ". */
     EXPECT_EQ(StopHost(), 0);
+    EXPECT_TRUE(WaitFor([&] {
+        std::vector<std::string> t = HarnessLoggedIds(HarnessReadFile(topolux));
+        std::vector<std::string> n = HarnessLoggedIds(HarnessReadFile(nimbo));
+        return !t.empty() && t.back() == "BYE " && !n.empty() && n.back() == "BYE ";
+    }));
+    EXPECT_EQ(HarnessLoggedIds(HarnessReadFile(topolux)), (std::vector<std::string>{"HOLA", "BYE "}));
     EXPECT_EQ(Started().size(), 2u);
     EXPECT_EQ(Occurrences(HarnessReadFile(topolux), "\nactivate\n"), 1u) << HarnessReadFile(topolux);
     EXPECT_EQ(HarnessReadFile(nimbo).find("activate"), std::string::npos) << HarnessReadFile(nimbo);
