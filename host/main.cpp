@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -179,6 +180,25 @@ int ParseOptions(int argc, char **argv, Options *o)
     return -1;
 }
 
+/* SIGTERM, SIGINT or SIGHUP end fmhost as they would, taking its private bus along. */
+void EndBySignal(int signal)
+{
+    PlatformBusKillPrivateDaemon();
+    ::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+void EndPrivateBusOnSignals(void)
+{
+    for (int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction action, previous;
+        memset(&action, 0, sizeof action);
+        action.sa_handler = EndBySignal;
+        if (sigaction(signal, nullptr, &previous) == 0 && previous.sa_handler != SIG_IGN)
+            sigaction(signal, &action, nullptr);
+    }
+}
+
 /* The whole file, or false with errno telling why. */
 bool ReadFile(const std::string &path, std::string *text)
 {
@@ -210,8 +230,12 @@ int main(int argc, char **argv)
     /* Without a session bus, a private one lives as long as fmhost, and the partners it
      * launches get its address, so messaging works without a desktop session. */
     const char *busAddress = getenv("DBUS_SESSION_BUS_ADDRESS");
-    if ((busAddress == nullptr || busAddress[0] == 0) && PlatformBusStartPrivateDaemon() != noErr)
-        fprintf(stderr, "fmhost: no message bus: messaging with other applications is off\n");
+    if (busAddress == nullptr || busAddress[0] == 0) {
+        if (PlatformBusStartPrivateDaemon() == noErr)
+            EndPrivateBusOnSignals();
+        else
+            fprintf(stderr, "fmhost: no message bus: messaging with other applications is off\n");
+    }
 
     const char *s = options.signature.c_str();
     PlatformSetProcessSignature(FOUR_CHAR(s[0], s[1], s[2], s[3]));

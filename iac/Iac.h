@@ -84,6 +84,8 @@ OSErr MakeSureAppIsRunning(unsigned long signature, unsigned char *launched);
 OSErr BringApplicationForward(unsigned long signature, unsigned char flag);
 OSErr BringMeForward(unsigned long partner);
 OSErr GetDefaultPath(unsigned long signature, char *path);
+/* Each call from the host and each incoming event starts with no failed launches. */
+void ForgetFailedLaunches(void);
 void AssistTopoluxComingForwardOnIBM(void);
 void TPX1IsAppRunning(long funcId, char **argHandle, char **resultHandle);
 void TPX1GoToApp(long funcId, char **argHandle, char **resultHandle);

@@ -47,6 +47,7 @@ OSErr HandleVESKEvent(const AppleEvent *event, AppleEvent *reply, intptr_t refco
 {
     if (gIacClosed)
         return errAEEventNotHandled;
+    ForgetFailedLaunches();
     int16_t savedResFile = CurResFile();
     if (gFMX_ExternCallPtr)
         UseResFile(gFMX_ExternCallPtr->resFileRef);

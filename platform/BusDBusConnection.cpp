@@ -71,7 +71,11 @@ void RequestOwnName(OSType signature)
     PlatformBusNameForSignature(signature, name);
     int r = sd_bus_request_name(gBus, name, 0);
     if (r < 0) {
-        if (r == -EEXIST) fprintf(stderr, "%s: the bus name %s belongs to another process\n", program_invocation_short_name, name);
+        if (r == -EEXIST)
+            fprintf(stderr,
+                    "%s: the bus name %s belongs to another process: other applications refuse the events "
+                    "this one sends as '%s'\n",
+                    program_invocation_short_name, name, BusDBusPrintableCode(signature).c_str());
         else BusDBusFailure(r);
         return;
     }
@@ -143,6 +147,7 @@ void DBusPump(void)
     BusDBusDrain();
     for (int32_t n = BusDBusTakeActivations(); n > 0; n--) ProcessCallActivateHandler();
     BusDBusReapChildren();
+    BusDBusReportRefusals();
 }
 
 bool DBusPending(void)

@@ -66,6 +66,8 @@ char (&gNimboNoneSelectedGetInfoAlert)[kAlertTextSize] = gCoreState.iac.nimboNon
 MapEntry (&gTopoluxMaps)[kMapCount] = gCoreState.iac.topoluxMaps;
 FirstView &gTopoluxFirstView = gCoreState.iac.topoluxFirstView;
 bool &gIacClosed = gCoreState.iac.iacClosed;
+OSType (&gFailedLaunches)[kFailedLaunchSlots] = gCoreState.iac.failedLaunches;
+int &gNextFailedLaunch = gCoreState.iac.nextFailedLaunch;
 
 /* ---- maplist/ ---- */
 const char *&gLst2GroupText = gCoreState.maplist.lst2GroupText;

@@ -2,9 +2,11 @@
  * Entry.cpp: what the host's one call into the plug-in does. The block's address is
  * saved for the host memory callbacks, the plug-in's resource file is current for the
  * length of the call, and the selector picks Init, Idle, External or Shutdown; every
- * other selector does nothing. The previous resource file is always put back.
+ * other selector does nothing. The previous resource file is always put back. Every
+ * call starts afresh as to partners that failed to come up (one launch per call).
  */
 #include "plugin/Plugin.h"
+#include "iac/Iac.h"
 #include "platform/Toolbox.h"
 #include "text/TextHandles.h"
 
@@ -17,6 +19,7 @@ void RunHostCall(FMX_ExternCallBlock *block)
     int16_t previousResFile = CurResFile();
     UseResFile(block->resFileRef);
     gFMX_ExternCallPtr = block;
+    ForgetFailedLaunches();
 
     switch (block->whichCall) {
     case kFMXT_Init:

@@ -51,6 +51,7 @@ const std::vector<Piece> &Pieces()
         PIECE(gNimboSharingMenu), PIECE(gTopoluxNoneSelectedGetInfoAlert), PIECE(gTopoluxNoneSelectedUnlinkAlert),
         PIECE(gTopoluxNoneSelectedLinkAlert), PIECE(gTopoluxMoreThanOneSelectedLinkAlert),
         PIECE(gNimboNoneSelectedGetInfoAlert), PIECE(gTopoluxMaps), PIECE(gTopoluxFirstView), PIECE(gIacClosed),
+        PIECE(gFailedLaunches), PIECE(gNextFailedLaunch),
         PIECE(gLst2GroupText), PIECE(gLst2ColumnTable), PIECE(gLst2Upper),
         PIECE(gBaseDirectory), PIECE(gAppFullPathName), PIECE(gAppFullPathKnown)};
     return pieces;
@@ -145,6 +146,9 @@ void FillEveryPiece()
     PlatformClockAdvance(1000);
     HostIdle(HarnessPlugin(), 0);   /* the second message, announced after the grace period */
     Call(kTPX1CallScript, "Later");
+    /* NIMBO started but never comes up: remembered until the next call begins. */
+    Call(kTPX1SetKnownFriend, "NMB5|" + HarnessClassic("Data1/Ref.txt"));
+    Call(kTPX1GoToApp, "NMB5");
 
     /* What no external function leaves behind: list 2 is emptied after every send, the
      * guard is up only while Idle runs, the line-end texts have no caller, and the

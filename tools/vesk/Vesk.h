@@ -29,7 +29,11 @@ struct VeskParam {
 /* ---- Codes and texts (VeskText.cpp) ---- */
 /* 1 to 4 characters (UTF-8), padded with blanks. */
 bool ParseCode(const std::string &text, OSType *code);
-/* A code as UTF-8 text, four characters. */
+/* Text (Mac Roman or UTF-8) with its control characters shown as \x1b: whatever came
+ * from the bus or from other processes is printed this way, so it cannot steer a
+ * terminal. */
+std::string PrintableText(const std::string &text);
+/* A code as UTF-8 text, four characters, control characters shown as \x1b. */
 std::string CodeText(OSType code);
 void AppendCodeText(std::string *out, OSType code);
 std::string ToMacRoman(const std::string &utf8);

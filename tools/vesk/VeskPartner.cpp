@@ -64,7 +64,8 @@ VeskParam Text(OSType keyword, const std::string &value)
 /* MSSG first, then SIGN, PSIG and XTRA (this partner's own unless given), then the rest. */
 std::vector<VeskParam> Message(const std::vector<VeskParam> &given)
 {
-    std::string self = ToMacRoman(CodeText(gSelf));
+    const char selfBytes[4] = {(char)(gSelf >> 24), (char)(gSelf >> 16), (char)(gSelf >> 8), (char)gSelf};
+    std::string self(selfBytes, 4);
     std::vector<VeskParam> message;
     const OSType standard[4] = {kMSSG, kSIGN, kPSIG, kXTRA};
     const std::string fallback[4] = {"", self, self, ""};
@@ -106,7 +107,7 @@ std::string OwnClassicPath(void)
 void Send(OSType to, const std::vector<VeskParam> &params)
 {
     OSErr err = SendEvent(to, kVeskClass, kVeskEvent, params);
-    std::string line = "sent " + ToUTF8(ParamText(params, kMSSG)) + " to " + CodeText(to);
+    std::string line = "sent " + VisibleText(ParamText(params, kMSSG)) + " to " + CodeText(to);
     if (err) line += " failed: " + ErrorText(err);
     Log(line);
 }

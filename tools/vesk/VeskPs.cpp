@@ -26,9 +26,11 @@ static int RunPs(int argc, char **argv)
         if (GetProcessInformation(&psn, &info) != noErr) continue;
         char path[4096] = "";
         if (FSpGetPOSIXPath(&theSpec, path, sizeof path) != noErr) path[0] = 0;
-        std::string display = ToUTF8(std::string((const char *)name + 1, name[0]));
+        /* Names and paths are the other processes' own: shown with control characters
+         * escaped, like everything else that came from the bus. */
+        std::string display = PrintableText(ToUTF8(std::string((const char *)name + 1, name[0])));
         printf("%-6s %-8d %-20s %s\n", CodeText(info.processSignature).c_str(), (int)info.processPID,
-               display.c_str(), path);
+               display.c_str(), PrintableText(path).c_str());
     }
     return 0;
 }

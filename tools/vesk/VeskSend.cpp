@@ -1,6 +1,8 @@
 /*
  * VeskSend.cpp: "vesk send --to SIG [--from SIG] KEY=VALUE ...": one VESK/AEVT event
- * with a TEXT parameter per argument, in the order given, sent without waiting.
+ * with a TEXT parameter per argument, in the order given, sent without waiting. The
+ * receiver takes it only from the owner of the sender's bus name, so vesk owns it while
+ * it sends; it speaks as the SIGN parameter's signature when no --from is given.
  */
 #include "Vesk.h"
 
@@ -8,7 +10,7 @@
 
 static int RunSend(int argc, char **argv)
 {
-    OSType to = 0, from = FOUR_CHAR('V', 'E', 'S', 'K');
+    OSType to = 0, from = 0;
     enum { kTo = 256, kFrom };
     static const struct option options[] = {
         {"to", required_argument, nullptr, kTo},
@@ -30,8 +32,17 @@ static int RunSend(int argc, char **argv)
         params.push_back(param);
     }
     if (!to) return CommandUsageError(kVeskSend, "--to SIG is required");
+    bool hasSign = false;
+    std::string sign = ParamText(params, FOUR_CHAR('S', 'I', 'G', 'N'), &hasSign);
+    OSType signedAs = 0;
+    if (hasSign && !sign.empty() && sign.find_first_not_of(' ') != std::string::npos)
+        ParseCode(ToUTF8(sign.substr(0, 4)), &signedAs);
+    if (!from) from = signedAs ? signedAs : FOUR_CHAR('V', 'E', 'S', 'K');
+    if (signedAs && signedAs != from)
+        return CommandUsageError(kVeskSend, "SIGN=" + CodeText(signedAs) + " but --from " + CodeText(from) +
+                                                ": the receiver takes a SIGN only from its owner");
     if (!ConnectToBus(kVeskSend)) return 1;
-    PlatformSetProcessSignature(from);
+    if (!OwnSignature(from)) return 1;
     OSErr err = SendEvent(to, kVeskClass, kVeskEvent, params);
     PlatformBusClose();
     if (err) {
@@ -51,9 +62,12 @@ const VeskCommand kVeskSend = {
     "starts with \"-\" (the direct object ----) needs -- before it.\n"
     "\n"
     "  --to=SIG     the addressee's signature (required)\n"
-    "  --from=SIG   the sender's signature (default VESK); vesk owns its name while it sends\n"
+    "  --from=SIG   the sender's signature (default: the one SIGN names, else VESK); a\n"
+    "               receiver takes an event only from its owner, so vesk owns its name\n"
+    "               while it sends\n"
     "\n"
-    "Exit status: 0 sent, 1 not sent (no bus, or the addressee is not running: error -600),\n"
-    "2 a usage mistake.\n",
+    "Exit status: 0 sent, 1 not sent (no bus, the name is another process's, or the\n"
+    "addressee is not running: error -600), 2 a usage mistake (also a SIGN other than\n"
+    "--from).\n",
     RunSend,
 };
