@@ -115,9 +115,12 @@ OSErr Open(void)
         gExitHookSet = true;
     }
     AEQueueWatchBusFD(sd_bus_get_fd(bus));
-    RequestOwnName(PlatformProcessSignature());
-    if (!gBus) return connectionInvalid;
+    /* Who owns which name first, then this process's own name: an application waiting
+     * for it (the host that launched it) sends at once, and those events are taken only
+     * from the owner of the name they speak as. */
     BusDBusLoadNames(bus);
+    if (!gBus) return connectionInvalid;
+    RequestOwnName(PlatformProcessSignature());
     return gBus ? noErr : connectionInvalid;
 }
 
