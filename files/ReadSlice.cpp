@@ -2,13 +2,13 @@
  * ReadSlice.cpp: the external function TPX1GetCharsFromFile: a run of characters read
  * from a file, from a 1-based start for a given count, cut at the file's end.
  */
-#include <cstdlib>
 #include <cstring>
 
 #include "files/FileOps.h"
 #include "files/FileSupport.h"
 #include "files/Paths.h"
 #include "text/TextHandles.h"
+#include "text/TextUtils.h"
 #include "ui/Alerts.h"
 
 static const char kUsageText[] =
@@ -47,8 +47,8 @@ void TPX1GetCharsFromFile(long funcId, char **argHandle, char **resultHandle)
     char *fields[4];
     CopyArgumentText(argHandle, argument, sizeof argument);
     int fieldCount = SplitBarFields(argument, fields, 4);
-    long start = atol(fields[0]);
-    long count = atol(fields[1]);
+    long start = TextToLong(fields[0]);
+    long count = TextToLong(fields[1]);
     if (fieldCount < 3 || start <= 0 || count <= 0) {
         SetResultTextOrReport(funcId, resultHandle, kUsageText);
         return;

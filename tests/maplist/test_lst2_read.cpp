@@ -75,6 +75,8 @@ TEST_F(Lst2Test, LineOfListByNumber)
     EXPECT_EQ("third", Call(kTPX1GetParameterLST2Line, "2"));
     EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "3", "old")) << "past the end";
     EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "-1", "old")) << "negative: the empty text";
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "-9223372036854775809", "old"));
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "9223372036854775808", "old"));
     EXPECT_EQ(kId1 + "\tA\tM", Call(kTPX1GetParameterLST2Line, "zero", "old")) << "atol gives 0";
     EXPECT_EQ(0, DialogCount());
 }
@@ -90,6 +92,11 @@ TEST_F(Lst2Test, NthLineOfAnyText)
     EXPECT_EQ("old", Call(kTPX1GetNthLine, "0|a\rb", "old"));
     EXPECT_EQ("old", Call(kTPX1GetNthLine, "|a\rb", "old"));
     EXPECT_EQ("old", Call(kTPX1GetNthLine, "-2|a\rb", "old"));
+    /* Numbers at and beyond the limits of long. */
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "-9223372036854775808|a\rb", "old"));
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "-99999999999999999999|a\rb", "old"));
+    EXPECT_EQ("", Call(kTPX1GetNthLine, "9223372036854775807|a\rb", "old"));
+    EXPECT_EQ("", Call(kTPX1GetNthLine, "99999999999999999999|a\rb", "old"));
     std::string longLine(6000, 'z');
     EXPECT_EQ(std::string(4999, 'z'), Call(kTPX1GetNthLine, "1|" + longLine)) << "cut to the 5000-byte buffer";
     EXPECT_EQ(0, DialogCount());
