@@ -2,8 +2,9 @@
  * RepformScan.cpp: the submission identifiers inside Repform files: the eight-byte
  * identifier test, a fast search for the next identifier in a buffer, and the
  * chunked walk over a file that collects the identifiers' years or rewrites them in
- * place. Chunks are at most 300000 bytes; the last 8 bytes of each are carried in
- * front of the next, so an identifier across a chunk border is still seen.
+ * place, writing back only what changed. Chunks are at most 300000 bytes; the last 8
+ * bytes of each are carried in front of the next, so an identifier across a chunk
+ * border is still seen.
  */
 #include <cstdint>
 #include <cstring>
@@ -105,6 +106,39 @@ static bool HaveAvx2(void)
     static const bool have = __builtin_cpu_supports("avx2");
     return have;
 }
+
+/* 64 anchors at a time, where the processor has AVX-512BW. Loads reach anchor + 64,
+ * inside the data as long as anchor + 63 <= lastAnchor. */
+__attribute__((target("avx512bw"))) static long FindAnchorsAvx512(const unsigned char *data, long *anchor,
+                                                                   long lastAnchor, int *year)
+{
+    const __m512i wantR = _mm512_set1_epi8('R');
+    const __m512i want2 = _mm512_set1_epi8('2');
+    long at = *anchor;
+    for (; at + 63 <= lastAnchor; at += 64) {
+        const unsigned char *p = data + at;
+        uint64_t mask = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)p), wantR) &
+                        _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)(p + 1)), want2);
+        while (mask) {
+            long offset = at + __builtin_ctzll(mask) - kAnchorOffset;
+            int found = RepformYearOfIdentifier(data + offset);
+            if (found) {
+                *year = found;
+                *anchor = at;
+                return offset;
+            }
+            mask &= mask - 1;
+        }
+    }
+    *anchor = at;
+    return -1;
+}
+
+static bool HaveAvx512(void)
+{
+    static const bool have = __builtin_cpu_supports("avx512bw");
+    return have;
+}
 #endif
 
 long FindNextRepformIdentifier(const unsigned char *data, long from, long last, int *year)
@@ -112,6 +146,11 @@ long FindNextRepformIdentifier(const unsigned char *data, long from, long last, 
     long anchor = from + kAnchorOffset;
     long lastAnchor = last + kAnchorOffset;
 #if defined(__x86_64__) && defined(__GNUC__)
+    if (HaveAvx512()) {
+        long found = FindAnchorsAvx512(data, &anchor, lastAnchor, year);
+        if (found >= 0)
+            return found;
+    }
     if (HaveAvx2()) {
         long found = FindAnchorsAvx2(data, &anchor, lastAnchor, year);
         if (found >= 0)
@@ -149,9 +188,36 @@ long FindNextRepformIdentifier(const unsigned char *data, long from, long last, 
     return -1;
 }
 
+/* The bytes of the buffer that a rewrite changed and has not written yet, as a span of
+ * buffer offsets [first, last]; empty while first > last. */
+struct ChangedSpan {
+    long first = 1;
+    long last = 0;
+};
+
+/* Writes the changed bytes below limit (the part of the buffer that goes back to the
+ * file with this chunk: all but the carried 8 bytes while more chunks follow); the
+ * buffer starts at fileStart. Changes in the carried bytes stay for the next chunk. */
+static OSErr WriteChangedBytes(int16_t refNum, const unsigned char *buffer, long fileStart, long limit,
+                               ChangedSpan *changed)
+{
+    OSErr err = noErr;
+    if (changed->first < limit && changed->first <= changed->last) {
+        long last = changed->last < limit ? changed->last : limit - 1;
+        int32_t count = (int32_t)(last - changed->first + 1);
+        err = SetFPos(refNum, fsFromStart, (int32_t)(fileStart + changed->first));
+        if (err == noErr)
+            err = FSWrite(refNum, &count, buffer + changed->first);
+        changed->first = last + 1;
+    }
+    return err;
+}
+
 /* Reads the file chunk by chunk; with newYear 0 it flags the years 2001-2009 it finds,
- * otherwise it sets every identifier's year digit to newYear's and writes each chunk
- * back where it came from. */
+ * otherwise it sets every identifier's year digit to newYear's. The rewrite gives the
+ * file what writing each chunk back where it came from would give it (all but the last
+ * 8 bytes while more chunks follow, which the next chunk carries), but writes only the
+ * bytes that changed: a chunk without a change is not written at all. */
 static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], const char **errorText)
 {
     bool rewrite = newYear != 0;
@@ -176,6 +242,7 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
         long position = kRepformCarry;
         long remaining = length - kRepformCarry;
         unsigned char digit = (unsigned char)('0' + newYear % 10);
+        ChangedSpan changed;
         while (err == noErr && remaining > 0) {
             long chunk = remaining < size ? remaining : size;
             if (rewrite)
@@ -189,17 +256,22 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
             int year = 0;
             for (long at = FindNextRepformIdentifier(buffer, 0, chunk, &year); at >= 0;
                  at = FindNextRepformIdentifier(buffer, at + 1, chunk, &year)) {
-                if (rewrite)
+                if (rewrite && buffer[at + 7] != digit) {
                     buffer[at + 7] = digit;
-                else if (year >= 2001)
+                    if (changed.first > changed.last)
+                        changed.first = at + 7;
+                    changed.last = at + 7;
+                } else if (!rewrite && year >= 2001) {
                     years[year - 2000] = true;
+                }
             }
             remaining -= chunk;
             if (rewrite) {
-                err = SetFPos(refNum, fsFromStart, (int32_t)(position - kRepformCarry));
-                count = (int32_t)(remaining > 0 ? chunk : chunk + kRepformCarry);
-                if (err == noErr)
-                    err = FSWrite(refNum, &count, buffer);
+                long limit = remaining > 0 ? chunk : chunk + kRepformCarry;
+                err = WriteChangedBytes(refNum, buffer, position - kRepformCarry, limit, &changed);
+                /* What stays changed lies in the carried bytes, which move to the start. */
+                changed.first -= chunk;
+                changed.last -= chunk;
             }
             memmove(buffer, buffer + chunk, kRepformCarry);
             position += chunk;

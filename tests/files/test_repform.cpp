@@ -109,6 +109,10 @@ TEST_F(RepformTest, ChangeRewritesEveryIdentifierInPlace)
     EXPECT_EQ(Years(":c.rpf"), "2003");
     EXPECT_EQ(Change("2000|" + Classic("Apps:c.rpf")), "");
     EXPECT_EQ(ReadFile("Apps/c.rpf"), "PHTR2000 at the very start, ckTR2000 inside, fdTR2000");
+    PlatformFaultSet(kFaultFSWrite, 1000000, ioErr, false);   /* counts the calls */
+    EXPECT_EQ(Change("2000|:c.rpf"), "");
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSWrite), 0) << "nothing changed, nothing written";
+    PlatformFaultClearAll();
 
     EXPECT_EQ(Change("2003"), "Error: TPX1ChangeRepformIDsInFile requires two parameters (vertical bar not found)");
     EXPECT_EQ(Change("1999|:c.rpf"), "Programmer Error: TPX1ChangeRepformIDsInFile year must be between 2000 and 2009");
