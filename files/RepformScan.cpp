@@ -61,10 +61,10 @@ enum { kAnchorOffset = 3 };
 
 /* Tests the candidates of one block, bit i of mask standing for the anchor at
  * anchor + i; returns the first identifier's offset, or -1. */
-static inline long TestAnchorMask(const unsigned char *data, long anchor, uint32_t mask, int *year)
+static inline long TestAnchorMask(const unsigned char *data, long anchor, uint64_t mask, int *year)
 {
     while (mask) {
-        long offset = anchor + __builtin_ctz(mask) - kAnchorOffset;
+        long offset = anchor + __builtin_ctzll(mask) - kAnchorOffset;
         int found = RepformYearOfIdentifier(data + offset);
         if (found) {
             *year = found;
@@ -119,15 +119,12 @@ __attribute__((target("avx512bw"))) static long FindAnchorsAvx512(const unsigned
         const unsigned char *p = data + at;
         uint64_t mask = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)p), wantR) &
                         _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)(p + 1)), want2);
-        while (mask) {
-            long offset = at + __builtin_ctzll(mask) - kAnchorOffset;
-            int found = RepformYearOfIdentifier(data + offset);
-            if (found) {
-                *year = found;
+        if (mask) {
+            long found = TestAnchorMask(data, at, mask, year);
+            if (found >= 0) {
                 *anchor = at;
-                return offset;
+                return found;
             }
-            mask &= mask - 1;
         }
     }
     *anchor = at;
