@@ -41,7 +41,7 @@ int main(int argc, char **argv)
         return result.empty() && std::filesystem::file_size(byPlugin) == (uintmax_t)size &&
                system(("cmp -s '" + source + "' '" + byPlugin + "'").c_str()) == 0;
     };
-    const int kRounds = 3;
+    const int kRounds = 5;
     bool same = true;
     std::string result;
     Timing cp, copy, readWrite;
