@@ -209,6 +209,10 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|100|:f.txt"), "fgh");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "8|1|" + Classic("Apps:f.txt")), "h");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9|5|:f.txt"), "");
+    /* A count far beyond the file asks the host for no more than the file holds. */
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|2147483646|:f.txt"), "fgh");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|9223372036854775807|:f.txt"), "fgh");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9223372036854775807|1|:f.txt"), "");
     EXPECT_TRUE(TakeDialogs().empty());
 
     PlatformFaultSet(kFaultFSRead, 1, ioErr, false);
