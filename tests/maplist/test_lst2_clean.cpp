@@ -33,15 +33,6 @@ std::string Z(const std::string &text)
     return text + std::string(1, '\0');
 }
 
-/* The list with every CR replaced by another line end. */
-std::string Ends(const std::string &list, const std::string &end)
-{
-    std::string out;
-    for (char c : list)
-        out += c == '\r' ? end : std::string(1, c);
-    return out;
-}
-
 TEST_F(Lst2Clean, InvalidAndRepeatedLinesGoFirstOccurrencesStay)
 {
     EXPECT_EQ(Z("not a list line"), Clean("not a list line")) << "one line stays, even malformed";
@@ -71,10 +62,10 @@ TEST_F(Lst2Clean, InvalidAndRepeatedLinesGoFirstOccurrencesStay)
               Clean(kB + "0123456789ABCDEF\t\tRoads\r" + "0123456789ABCDEF\tRoads\r"))
         << "lines differing in their TABs are different lines";
     /* CR LF and LF end lines too; the cleaned list ends its lines in CR. */
-    EXPECT_EQ(Z(kA + kB + kC), Clean(Ends(kA + kB + kA + kC, "\r\n")));
-    EXPECT_EQ(Z(kA + kB + kC), Clean(Ends(kA + kB + kA + kC, "\n")));
-    EXPECT_EQ(Z(kA + kB + kC), Clean(Ends(kA, "\n") + Ends(kB, "\r\n") + kA + Ends(kC, "\n"))) << "mixed ends";
-    EXPECT_EQ(Z(kA + kB), Clean(Ends(kA, "\n") + Ends(kB, "\n\r") + "\n"))
+    EXPECT_EQ(Z(kA + kB + kC), Clean(WithLineEnds(kA + kB + kA + kC, "\r\n")));
+    EXPECT_EQ(Z(kA + kB + kC), Clean(WithLineEnds(kA + kB + kA + kC, "\n")));
+    EXPECT_EQ(Z(kA + kB + kC), Clean(WithLineEnds(kA, "\n") + WithLineEnds(kB, "\r\n") + kA + WithLineEnds(kC, "\n"))) << "mixed ends";
+    EXPECT_EQ(Z(kA + kB), Clean(WithLineEnds(kA, "\n") + WithLineEnds(kB, "\n\r") + "\n"))
         << "LF then CR is two breaks: the empty line between them goes";
     EXPECT_EQ(Z("bad\r\n"), Clean("bad\r\n")) << "one line stays as it is, its break too";
     EXPECT_EQ(0, DialogCount());

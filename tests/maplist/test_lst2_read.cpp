@@ -46,6 +46,15 @@ TEST_F(Lst2Test, ColumnFormatTakesValidLinesInTheChosenColumns)
     EXPECT_EQ(blanks + blanks + blanks + blanks + blanks,
               Call(kTPX1GetParameterLST2, "space space space space space space space space space return "
                                         "TOPOLUXID RETURN"));
+    /* LF and CR LF end lines as CR does; the output's breaks are CR. */
+    for (const char *end : {"\n", "\r\n"}) {
+        Receive({"MSSG", "SHOW", "LST2", WithLineEnds(kList, end)});
+        EXPECT_EQ(kId1 + "\r" + kId2 + "\r" + kId3 + "\r" + kId2 + "\r" + "abcdef0123456789\r",
+                  Call(kTPX1GetParameterLST2, "TOPOLUXID RETURN"));
+    }
+    /* A line is read as its first 255 characters: here the map name keeps 7. */
+    Receive({"MSSG", "SHOW", "LST2", std::string(180, '\t') + kId1 + "\t" + k64.substr(0, 50) + "\tMapNameMore"});
+    EXPECT_EQ("MapName", Call(kTPX1GetParameterLST2, "MAPNAME"));
     EXPECT_EQ(0, DialogCount());
 }
 
