@@ -6,12 +6,10 @@
 #include <cstring>
 
 #include "files/FileSupport.h"
+#include "files/FilesState.h"
 #include "files/Paths.h"
 #include "platform/Processes.h"
 #include "text/TextUtils.h"
-
-static char gAppFullPathName[kPathSize];
-static bool gAppFullPathKnown = false;
 
 enum { kMaxAppPathLength = 250 };
 
@@ -79,11 +77,4 @@ void GetAppName(char *out)
     GetAppPathOutsidePackage(path);
     const char *lastColon = strrchr(path, ':');
     strcpy(out, lastColon ? lastColon + 1 : "");
-}
-
-void ResetPathState(void)
-{
-    gAppFullPathKnown = false;
-    gAppFullPathName[0] = 0;
-    gBaseDirectory[0] = 0;
 }

@@ -11,8 +11,6 @@
 #include "files/Paths.h"
 #include "ui/Alerts.h"
 
-char gBaseDirectory[256];
-
 enum { kListLineSize = 255, kListBlockSize = 4096 };
 
 /* Reads the list file a line at a time, as a text stream would: a line ends at CR,
@@ -136,7 +134,7 @@ OSErr DetermineBaseDirectoryFromTheReferenceFile(const char *referenceFile)
         SetBaseDirectory(line);
         if (ReferenceExistsUnderBase(referenceFile)) {
             if (haveFound) {
-                err = -2;
+                err = kTwoBaseDirectoriesErr;
                 break;
             }
             CopyPathPiece(found, line);
@@ -145,11 +143,11 @@ OSErr DetermineBaseDirectoryFromTheReferenceFile(const char *referenceFile)
     }
     FSClose(reader.refNum);
 
-    if (err == -2) {
+    if (err == kTwoBaseDirectoriesErr) {
         ReportReferenceProblem("Error: more than one base directory listed in BaseDirectoryList.txt "
                                "contains the reference file \"%s\"",
                                referenceFile);
-        return -2;
+        return kTwoBaseDirectoriesErr;
     }
     if (haveFound) {
         SetBaseDirectory(found);
@@ -158,5 +156,5 @@ OSErr DetermineBaseDirectoryFromTheReferenceFile(const char *referenceFile)
     gBaseDirectory[0] = 0;
     ReportReferenceProblem("Error: base directory could not be found containing the reference file \"%s\"",
                            referenceFile);
-    return -1;
+    return kNoBaseDirectoryErr;
 }

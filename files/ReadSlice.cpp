@@ -7,6 +7,7 @@
 #include "files/FileOps.h"
 #include "files/FileSupport.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
@@ -31,7 +32,7 @@ static OSErr ReadSlice(const char *path, long start, long count, char **buffer, 
         long wanted = start <= length ? (count < length - start + 1 ? count : length - start + 1) : 0;
         *buffer = static_cast<char *>(NewFPointer(wanted + 1));
         if (!*buffer)
-            err = -1;
+            err = kMissingErr;
         else
             (*buffer)[0] = 0;
         if (*buffer && wanted > 0) {

@@ -17,6 +17,7 @@
 
 #include "files/FileSupport.h"
 #include "files/Repform.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 enum {
@@ -101,10 +102,11 @@ __attribute__((target("avx2"))) static long FindAnchorsAvx2(const unsigned char 
     return -1;
 }
 
+/* The compiler's runtime reads the processor's features once at start-up: asking is a
+ * load and a test. */
 static bool HaveAvx2(void)
 {
-    static const bool have = __builtin_cpu_supports("avx2");
-    return have;
+    return __builtin_cpu_supports("avx2");
 }
 
 /* 64 anchors at a time, where the processor has AVX-512BW. Loads reach anchor + 64,
@@ -133,8 +135,7 @@ __attribute__((target("avx512bw"))) static long FindAnchorsAvx512(const unsigned
 
 static bool HaveAvx512(void)
 {
-    static const bool have = __builtin_cpu_supports("avx512bw");
-    return have;
+    return __builtin_cpu_supports("avx512bw");
 }
 #endif
 
@@ -223,7 +224,7 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
         NewBufferBackingOff(kRepformChunkSize, kRepformChunkStep, kRepformCarry + 1, &size));
     if (!buffer) {
         if (rewrite)
-            return -1;
+            return kMissingErr;
         *errorText = "Error: Unable to allocate buffer. (Out of memory)";
         return memFullErr;
     }

@@ -11,7 +11,6 @@
 #include "store/Globals.h"
 #include "ui/Alerts.h"
 
-static const char kAppFolderGlobal[] = "App Folder with Delim";
 
 /* Resolves path against folder (a folder path without its trailing ':'). */
 static void ResolvePathRelativeToFolder(const char *folder, const char *path, char *out)

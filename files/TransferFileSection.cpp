@@ -8,6 +8,7 @@
  */
 #include "files/FileOps.h"
 #include "files/FileSupport.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 enum { kTransferBufferSize = 100000, kTransferBufferStep = 5000 };
@@ -17,7 +18,7 @@ OSErr TransferFileSection(int16_t source, int16_t destination, long start, long 
     long bufferSize = 0;
     char *buffer = NewBufferBackingOff(kTransferBufferSize, kTransferBufferStep, 0, &bufferSize);
     if (!buffer)
-        return -1;
+        return kMissingErr;
     OSErr err = SetFPos(source, fsFromStart, (int32_t)start);
     long remaining = end - start;
     bool inKernel = true;   /* until the file systems say they can't */

@@ -7,6 +7,7 @@
 #include "files/FileOps.h"
 #include "files/FileSupport.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "ui/Alerts.h"
 
 static void ReportWriteFailure(const char *path)
@@ -63,6 +64,6 @@ OSErr AppendBufferToFile(const char *path, const char *buffer, long length)
 OSErr WriteCStringToFile(const char *path, const char *text)
 {
     if (!text)
-        return -1;
+        return kMissingErr;
     return WriteBufferToFile(path, text, (long)strlen(text));
 }

@@ -18,10 +18,12 @@
 #include "platform/Faults.h"
 #include "platform/Files.h"
 #include "platform/Processes.h"
+#include "platform/Services.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
-#include "plugin/Plugin.h"
+#include "plugin/CoreState.h"
 #include "store/DataNode.h"
+#include "store/Globals.h"
 #include "store/MessageLists.h"
 #include "text/TextHandles.h"
 
@@ -249,41 +251,23 @@ void HarnessResetProcess(uint32_t clockStep)
 {
     EnsureRoot();
     HostMemorySetFailure(0, kHostFailOff);
-    PlatformFaultClearAll();
+    PlatformResetAll();
+    ResetCoreState();
     PlatformDialogUseRecorder();
-    PlatformDialogClearRecord();
     PlatformBusUseMemory();
     PlatformSetProcessSignature(kHarnessHostSignature);
-    PlatformMemoryBusSetLaunchSignature(0);
-    AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
-    HarnessDrainEvents();
     PlatformClockUseManual(1000, clockStep);
     setenv("TPX1_APP_PATH", HarnessPosix("Apps/FakeHost").c_str(), 1);
     setenv("TPX1_APPLICATIONS_FOLDER", HarnessPosix("Applications").c_str(), 1);
-    HarnessCloseOpenFiles();
     TidyRoot();
-
-    ResetIacState();
-    ResetPathState();
-    memset(gDeferredScript, 0, sizeof gDeferredScript);
-    gLastSentDoScriptTicks = 0;
-    gIdleReentryGuard = 0;
-    gDeferredInitDone = 0;
-    ClearOutputCodes();
-    gNameOfGlobalThatTriggeredScript[0] = 0;
-    gLastSetParameterCallTicks = 0;
-    gLastGetParameterCallTicks = 0;
-    gLastGetNextMessageCallTicks = 0;
-    gHaveSendDoScriptAndWaitingForGetNextMessage = 0;
-    gHaveGottenAnIncomingMessageButNotClearedIt = 0;
     HarnessUseStandingBlock();
 }
 
 /* ---- Checks ---- */
 
 const char *const kReservedGlobalNames[10] = {
-    "App Name",       "App Path",         "App Folder with Delim", "Error Dialogs", "Handle Message Script",
-    "Plugin Version", "Script Menu Name", "App Signature",         "App PSIG",      "App DOC"};
+    kAppNameGlobal,       kAppPathGlobal,        kAppFolderGlobal,    kErrorDialogsGlobal, kHandleMessageScriptGlobal,
+    kPluginVersionGlobal, kScriptMenuNameGlobal, kAppSignatureGlobal, kAppPsigGlobal,      kAppDocGlobal};
 
 namespace {
 
@@ -441,7 +425,7 @@ std::string HarnessConfineArgument(long funcId, const std::string &argument)
 {
     if (funcId == kTPX1SetGlobal || funcId == kTPX1AppendToGlobal) {
         /* The application folder is where relative paths start: it must stay ours. */
-        static const std::string kAppFolder = "App Folder with Delim|";
+        static const std::string kAppFolder = std::string(kAppFolderGlobal) + "|";
         return argument.compare(0, kAppFolder.size(), kAppFolder) == 0 ? "Ignored|" : argument;
     }
     int first = FirstPathField(funcId);
@@ -497,6 +481,22 @@ uint32_t CodeOf(const char *text)
 }
 
 }  // namespace
+
+void HarnessDeliverMessage(const std::vector<std::pair<std::string, std::string>> &pairs, uint32_t sender)
+{
+    AppleEvent event;
+    AEAddressDesc address;
+    AEInitializeDesc(&event);
+    AEInitializeDesc(&address);
+    OSType me = kHarnessHostSignature;
+    AECreateDesc(typeApplSignature, &me, sizeof me, &address);
+    AECreateAppleEvent(kVeskEventClass, kVeskEventID, &address, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    for (const auto &pair : pairs)
+        AEPutParamPtr(&event, CodeOf(pair.first.c_str()), typeChar, pair.second.data(), (int32_t)pair.second.size());
+    PlatformMemoryBusDeliver(&event, sender);
+    AEDisposeDesc(&event);
+    AEDisposeDesc(&address);
+}
 
 void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event)
 {

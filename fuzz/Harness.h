@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/HostCore.h"
@@ -52,10 +53,10 @@ std::string HarnessReadFile(const std::string &relative);
 void HarnessRemoveFile(const std::string &relative);
 
 /* ---- Process state ---- */
-/* Puts every process-wide table back as at load, with the test backends: host memory
- * without failures, no platform faults, recorded dialogs, an empty in-memory bus, the
- * manual clock (moving by clockStep at every TickCount), no handler for incoming
- * messages, no open files, and the environment pointing at the private folder. */
+/* Puts every process-wide table back as at load (the platform's PlatformResetAll and the
+ * plug-in's ResetCoreState), with the test backends: host memory without failures,
+ * recorded dialogs, an empty in-memory bus, the manual clock (moving by clockStep at
+ * every TickCount), and the environment pointing at the private folder. */
 void HarnessResetProcess(uint32_t clockStep);
 /* The host's handle on the linked-in plug-in (entry = RunHostCall, no resource file). */
 HostPlugin *HarnessPlugin();
@@ -90,6 +91,10 @@ void HarnessShutdownAndCheck(HostPlugin *plugin);
  * paths are put under it, leading colons are cut to one level up, no empty or ".."
  * components, no '/'). Other ids come back unchanged. */
 std::string HarnessConfineArgument(long funcId, const std::string &argument);
+/* Delivers a 'VESK' message of (keyword, value) pairs to this process over the in-memory
+ * bus, as the partner with the sender signature sends it; HarnessDrainEvents hands it to
+ * the handler. */
+void HarnessDeliverMessage(const std::vector<std::pair<std::string, std::string>> &pairs, uint32_t sender);
 /* An incoming message event built from the input: any class and id now and then, then
  * keyword / type / data triples (known keywords and message ids preferred). */
 void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event);

@@ -144,10 +144,3 @@ int FuzzEntryOneInput(const uint8_t *data, size_t size)
     HarnessShutdownAndCheck(plugin);
     return 0;
 }
-
-#ifndef TPX1_FUZZ_REPLAY
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
-{
-    return FuzzEntryOneInput(data, size);
-}
-#endif

@@ -21,6 +21,7 @@
 
 #include "fuzz/FuzzTargets.h"
 #include "fuzz/Harness.h"
+#include "fuzz/TestHooks.h"
 #include "maplist/Lst2.h"
 #include "store/MessageLists.h"
 #include "text/TextUtils.h"
@@ -246,10 +247,3 @@ int FuzzLst2OneInput(const uint8_t *data, size_t size)
     HarnessShutdownAndCheck(plugin);
     return 0;
 }
-
-#ifndef TPX1_FUZZ_REPLAY
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
-{
-    return FuzzLst2OneInput(data, size);
-}
-#endif

@@ -59,7 +59,7 @@ std::string ModelResolve(const std::string &folder, const std::string &path)
 std::string AppFolderWithoutDelimiter()
 {
     char folder[256];
-    GetGlobalInListAsStr("App Folder with Delim", folder, sizeof folder);
+    GetGlobalInListAsStr(kAppFolderGlobal, folder, sizeof folder);
     std::string text = folder;
     if (!text.empty() && text.back() == ':')
         text.pop_back();
@@ -168,10 +168,3 @@ int FuzzPathsOneInput(const uint8_t *data, size_t size)
     HarnessShutdownAndCheck(plugin);
     return 0;
 }
-
-#ifndef TPX1_FUZZ_REPLAY
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
-{
-    return FuzzPathsOneInput(data, size);
-}
-#endif

@@ -168,10 +168,3 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
     HarnessShutdownAndCheck(plugin);
     return 0;
 }
-
-#ifndef TPX1_FUZZ_REPLAY
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
-{
-    return FuzzRepformOneInput(data, size);
-}
-#endif

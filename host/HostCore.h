@@ -13,7 +13,7 @@
 #include <unordered_map>
 #include <vector>
 #include "plugin/ExternalIds.h"
-#include "plugin/FMXExtern.h"
+#include "text/FMXExtern.h"
 
 /* ---- Host memory ---- */
 enum HostFailMode { kHostFailOff = 0, kHostFailOnce = 1, kHostFailFromThenOn = 2 };

@@ -1,8 +1,9 @@
 /*
  * HostInteractive.cpp: fmhost's prompt. One calculation or step per line (a Script
- * block may span lines), with line editing and history from libedit when standard input
- * is a terminal, and plain line reading otherwise. While it waits for input the host
- * keeps sending Idle on its cadence and dispatching events.
+ * block may span lines), "help", "quit"; with a banner, line editing, history and Tab
+ * completion from libedit when standard input is a terminal, and plain line reading
+ * otherwise. While it waits for input the host keeps sending Idle on its cadence and
+ * dispatching events.
  */
 #include "host/HostLanguage.h"
 
@@ -35,8 +36,15 @@ void HandleLine(Prompt *p, const std::string &text)
     std::string trimmed = text;
     while (!trimmed.empty() && (trimmed.back() == ' ' || trimmed.back() == '\r'))
         trimmed.pop_back();
-    if (p->parser.openScript < 0 && (trimmed == "quit" || trimmed == "exit")) {
+    size_t first = trimmed.find_first_not_of(' ');
+    std::string command = first == std::string::npos ? std::string() : trimmed.substr(first);
+    if (p->parser.openScript < 0 && (command == "quit" || command == "exit")) {
         p->done = true;
+        return;
+    }
+    if (p->parser.openScript < 0 && (command == "help" || command.compare(0, 5, "help ") == 0)) {
+        HostPrintHelp(p->session->out, p->session->plugin, command.size() > 5 ? command.substr(5) : "");
+        fflush(p->session->out);
         return;
     }
     size_t before = p->program->main.size();
@@ -68,14 +76,43 @@ void ReadlineLine(char *line)
     }
 }
 
+/* Tab: the words HostCompletions offers for the word that starts at gWordStart. */
+int gWordStart = 0;
+
+char *NextCompletion(const char *text, int state)
+{
+    static std::vector<std::string> words;
+    static size_t next = 0;
+    if (state == 0) {
+        std::string before(rl_line_buffer, static_cast<size_t>(gWordStart));
+        size_t first = before.find_first_not_of(' ');
+        before.erase(0, first == std::string::npos ? before.size() : first);
+        words = HostCompletions(gPrompt->session->plugin, before, text);
+        next = 0;
+    }
+    return next < words.size() ? strdup(words[next++].c_str()) : nullptr;
+}
+
+char **Complete(const char *text, int start, int end)
+{
+    rl_attempted_completion_over = 1;   /* never file names */
+    gWordStart = start;
+    return rl_completion_matches(text, NextCompletion);
+}
+
 std::string HistoryPath(void)
 {
     const char *home = getenv("HOME");
     return home && *home ? std::string(home) + "/.fmhost_history" : std::string();
 }
 
-void RunTerminal(Prompt *p)
+void RunTerminal(Prompt *p, const char *hostVersion)
 {
+    HostPrintBanner(p->session->out, p->session->plugin, hostVersion);
+    fflush(p->session->out);
+    rl_readline_name = "fmhost";
+    rl_attempted_completion_function = Complete;
+    rl_completion_append_character = 0;
     std::string history = HistoryPath();
     using_history();
     if (!history.empty())
@@ -118,14 +155,14 @@ void RunPipe(Prompt *p)
 
 }  // namespace
 
-int HostRunInteractive(HostSession *session)
+int HostRunInteractive(HostSession *session, const char *hostVersion)
 {
     Prompt p;
     p.session = session;
     p.program = session->program;
     HostParserBegin(&p.parser, "stdin", session->plugin, p.program);
     if (isatty(STDIN_FILENO))
-        RunTerminal(&p);
+        RunTerminal(&p, hostVersion);
     else
         RunPipe(&p);
     HostError error;

@@ -209,6 +209,14 @@ void HostDrain(HostSession *session);
 bool HostWaitForInput(HostSession *session, int fd);
 
 /* ---- Interactive mode ---- */
-int HostRunInteractive(HostSession *session);
+/* hostVersion ("fmhost 8.0") goes into the banner a terminal session opens with. */
+int HostRunInteractive(HostSession *session, const char *hostVersion);
+/* The banner: fmhost's version, the plug-in loaded, how to get help. */
+void HostPrintBanner(FILE *out, const HostPlugin *plugin, const char *hostVersion);
+/* "help" (topic empty) or "help TOPIC": a function, built-in, step or prompt command. */
+void HostPrintHelp(FILE *out, const HostPlugin *plugin, const std::string &topic);
+/* What Tab may put in place of word (UTF-8), given the line before it (leading blanks
+ * removed): functions and built-ins anywhere, steps and commands at the line's start. */
+std::vector<std::string> HostCompletions(const HostPlugin *plugin, const std::string &before, const std::string &word);
 
 #endif

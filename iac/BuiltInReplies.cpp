@@ -8,6 +8,7 @@
 #include "iac/IacTables.h"
 #include "store/DataNode.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 #include "text/TextUtils.h"
 
 namespace {
@@ -62,7 +63,7 @@ OSErr HandleNimboMenuHit(DataNode *message, bool *handled)
     if (action == kActionGetRidsInfo) {
         *handled = true;
         if (!AppIsRunning(kNimboSignature))
-            return -234;
+            return kPartnerNotRunningErr;
         const char *const pairs[] = {"MSSG", "CHM?"};
         return FinishStdMessage(kNimboSignature, BeginStdMessage(pairs, 1));
     }

@@ -18,10 +18,10 @@ OSErr SetDocVersPathOutgoingMessageParameters(short list)
     OSErr err = SetOutgoingMessageParameterFromStr("VERS", value[0] ? value : "2", list);
     if (err)
         return err;
-    GetGlobalInListAsStr("App Path", value, sizeof value);
+    GetGlobalInListAsStr(kAppPathGlobal, value, sizeof value);
     if ((err = SetOutgoingMessageParameterFromStr("PATH", value, list)) != noErr)
         return err;
-    GetGlobalInListAsStr("App DOC", value, sizeof value);
+    GetGlobalInListAsStr(kAppDocGlobal, value, sizeof value);
     return SetOutgoingMessageParameterFromStr("DOC ", value, list);
 }
 
@@ -73,7 +73,7 @@ OSErr SendMenuToNimbo(void)
 OSErr GreetFriendAndSendMenus(unsigned long signature, const char *greeting, unsigned char sendView)
 {
     char appName[256];
-    GetGlobalInListAsStr("App Name", appName, sizeof appName);
+    GetGlobalInListAsStr(kAppNameGlobal, appName, sizeof appName);
     const char *const pairs[] = {"MSSG", greeting, "NAME", appName};
     OSErr err = BeginStdMessage(pairs, 2);
     if (err == noErr)

@@ -47,8 +47,8 @@ void TPX1InitIAC(long funcId, char **argHandle, char **resultHandle);
 
 /* ---- Partners and greetings ---- */
 struct FriendEntry { OSType signature; char path[256]; };
-extern FriendEntry gFriends[kFriendCount];
-extern OSType gHandledMessages[kHandledMessageCount];
+extern FriendEntry (&gFriends)[kFriendCount];
+extern OSType (&gHandledMessages)[kHandledMessageCount];
 void AddFriend(unsigned long signature, const char *path);
 void GetFriendsPath(unsigned long signature, char *path);
 OSErr GreetFriendAndSendMenus(unsigned long signature, const char *greeting, unsigned char sendView);
@@ -84,12 +84,11 @@ OSErr MakeSureAppIsRunning(unsigned long signature, unsigned char *launched);
 OSErr BringApplicationForward(unsigned long signature, unsigned char flag);
 OSErr BringMeForward(unsigned long partner);
 OSErr GetDefaultPath(unsigned long signature, char *path);
+/* Each call from the host and each incoming event starts with no failed launches. */
+void ForgetFailedLaunches(void);
 void AssistTopoluxComingForwardOnIBM(void);
 void TPX1IsAppRunning(long funcId, char **argHandle, char **resultHandle);
 void TPX1GoToApp(long funcId, char **argHandle, char **resultHandle);
 void TPX1ShowOnMap(long funcId, char **argHandle, char **resultHandle);
-
-/* Resets every table of this folder to its state at load (used at Shutdown and by tests). */
-void ResetIacState(void);
 
 #endif

@@ -21,20 +21,20 @@ struct SharingMenu {
     char items[kMenuItemsSize];
     short actions[kMenuItemCount];   /* item n (1..10) at index n - 1 */
 };
-extern SharingMenu gTopoluxSharingMenu;
-extern SharingMenu gNimboSharingMenu;
+extern SharingMenu &gTopoluxSharingMenu;
+extern SharingMenu &gNimboSharingMenu;
 
-extern char gTopoluxNoneSelectedGetInfoAlert[kAlertTextSize];
-extern char gTopoluxNoneSelectedUnlinkAlert[kAlertTextSize];
-extern char gTopoluxNoneSelectedLinkAlert[kAlertTextSize];
-extern char gTopoluxMoreThanOneSelectedLinkAlert[kAlertTextSize];
-extern char gNimboNoneSelectedGetInfoAlert[kAlertTextSize];
+extern char (&gTopoluxNoneSelectedGetInfoAlert)[kAlertTextSize];
+extern char (&gTopoluxNoneSelectedUnlinkAlert)[kAlertTextSize];
+extern char (&gTopoluxNoneSelectedLinkAlert)[kAlertTextSize];
+extern char (&gTopoluxMoreThanOneSelectedLinkAlert)[kAlertTextSize];
+extern char (&gNimboNoneSelectedGetInfoAlert)[kAlertTextSize];
 
 struct MapEntry {
     char folder[kMapFieldSize];      /* the key: a resolved folder path, "" = free */
     char options[kMapFieldSize];
 };
-extern MapEntry gTopoluxMaps[kMapCount];
+extern MapEntry (&gTopoluxMaps)[kMapCount];
 
 struct FirstView {
     char llat[kViewValueSize];
@@ -42,12 +42,7 @@ struct FirstView {
     char hlat[kViewValueSize];
     char hlng[kViewValueSize];
 };
-extern FirstView gTopoluxFirstView;
-
-/* Resets of the single tables (ResetIacState runs them all). */
-void ResetPartnerTables(void);
-void ResetSharingMenus(void);
-void ResetMapTables(void);
+extern FirstView &gTopoluxFirstView;
 
 /* ---- The plug-in's own messages, composed in outgoing list 2 ----
  * BeginStdMessage empties list 2 and puts the (keyword, value) pairs in order;

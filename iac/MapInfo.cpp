@@ -6,19 +6,11 @@
 
 #include "iac/IacTables.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
-MapEntry gTopoluxMaps[kMapCount];
-FirstView gTopoluxFirstView;
-
 static const char kDefaultMapOptions[] = "NODEFAULT DELETEYES MOVEMAPYES MOVELAYERYES DRAGYES ADDYES";
-
-void ResetMapTables(void)
-{
-    memset(gTopoluxMaps, 0, sizeof gTopoluxMaps);
-    memset(&gTopoluxFirstView, 0, sizeof gTopoluxFirstView);
-}
 
 /* The field of text up to the next bar (cut to 255 characters); *cursor moves past the bar. */
 static void TakeBarField(const char **cursor, char *field)
@@ -64,7 +56,7 @@ void TPX1SetTopoluxMapInfo(long funcId, char **argHandle, char **resultHandle)
         strcpy(options, kDefaultMapOptions);
     MapEntry *entry = MapEntryForKey(key);
     if (!entry) {
-        ReportErrorToUser(funcId, -3);
+        ReportErrorToUser(funcId, kTableFullErr);
         return;
     }
     strcpy(entry->folder, key);

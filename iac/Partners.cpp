@@ -10,15 +10,6 @@
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
 
-FriendEntry gFriends[kFriendCount];
-OSType gHandledMessages[kHandledMessageCount];
-
-void ResetPartnerTables(void)
-{
-    memset(gFriends, 0, sizeof gFriends);
-    memset(gHandledMessages, 0, sizeof gHandledMessages);
-}
-
 static void CopyPath(char *dest, const char *path)
 {
     dest[0] = 0;

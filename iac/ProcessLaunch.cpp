@@ -1,14 +1,18 @@
 /*
  * ProcessLaunch.cpp: SignatureToApp: finding an application by signature, bringing it
  * forward and handing it a document, or launching it from its recorded path or its
- * default place in the Applications folder, with the "Unable to locate" alert.
+ * default place in the Applications folder, with the "Unable to locate" alert. Within one
+ * call from the host (or one incoming event) an application is started at most once:
+ * after a launch that started it without its coming up, later attempts of the same
+ * call fail at once, without another process or another alert.
  */
 #include <stdio.h>
 #include <string.h>
 
-#include "iac/IacTables.h"
+#include "iac/IacState.h"
 #include "files/FileOps.h"
 #include "files/Paths.h"
+#include "text/ErrorCodes.h"
 #include "ui/Alerts.h"
 
 enum { kOpenDocumentSendMode = kAENoReply | kAEAlwaysInteract };
@@ -135,7 +139,21 @@ void AlertUnableToLocate(OSType signature)
                        "Please locate the application and launch it using the Finder.", nullptr, nullptr);
 }
 
+bool LaunchFailedInThisCall(OSType signature)
+{
+    for (OSType failed : gFailedLaunches)
+        if (failed == signature)
+            return true;
+    return false;
+}
+
 }   // namespace
+
+void ForgetFailedLaunches(void)
+{
+    memset(gFailedLaunches, 0, sizeof gFailedLaunches);
+    gNextFailedLaunch = 0;
+}
 
 OSErr GetDefaultPath(unsigned long signature, char *path)
 {
@@ -146,18 +164,18 @@ OSErr GetDefaultPath(unsigned long signature, char *path)
     else if (signature == kTopoluxSignature)
         tail = "TOPOLUX Folder:TOPOLUX";
     else
-        return -1;
+        return kMissingErr;
     int16_t vRefNum = 0;
     int32_t dirID = 0;
     OSErr err = FindFolder(kOnSystemDisk, kApplicationsFolderType, kDontCreateFolder, &vRefNum, &dirID);
     if (err)
         return err;
     if (GetPathWithDelimiterFromDirID(dirID, vRefNum, path) != noErr)
-        return -1;
+        return kMissingErr;
     if (strlen(path) + strlen(tail) > 255)
-        return -1;
+        return kMissingErr;
     strcat(path, tail);
-    return FileExists(path) ? noErr : -1;
+    return FileExists(path) ? noErr : kMissingErr;
 }
 
 OSErr SignatureToApp(unsigned long signature, const FSSpec *document, ProcessSerialNumber *psn, FSSpec *appSpec,
@@ -187,19 +205,30 @@ OSErr SignatureToApp(unsigned long signature, const FSSpec *document, ProcessSer
     }
     if (err != procNotFound || mode <= 0)
         return err;
+    if (LaunchFailedInThisCall(signature))
+        return procNotFound;
 
+    /* procNotFound from a launch: a process was started and did not come up in time.
+     * It is left to finish starting, and no second place is tried. */
+    bool started = false;
     char path[256];
     GetFriendsPath(signature, path);
     if (path[0] && FileExists(path)) {
         err = LaunchFromPath(signature, path, document, appSpec, launchFlags, psn, launched);
         if (err == noErr)
             return noErr;
+        started = err == procNotFound;
     }
-    if (GetDefaultPath(signature, path) == noErr) {
+    if (!started && GetDefaultPath(signature, path) == noErr) {
         err = LaunchFromPath(signature, path, document, appSpec, launchFlags, psn, launched);
         if (err == noErr)
             return noErr;
+        started = err == procNotFound;
     }
     AlertUnableToLocate(signature);
+    if (started) {
+        gFailedLaunches[gNextFailedLaunch] = (OSType)signature;
+        gNextFailedLaunch = (gNextFailedLaunch + 1) % kFailedLaunchSlots;
+    }
     return err;
 }

@@ -6,15 +6,14 @@
 #include <string.h>
 
 #include "iac/Iac.h"
+#include "iac/IacState.h"
 #include "platform/Toolbox.h"
 #include "store/DataNode.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
-
-static AEEventHandlerUPP gVeskHandlerUPP = nullptr;
-static bool gIacClosed = false;   /* from Shutdown to the next Init */
 
 OSErr InitIac(void)
 {
@@ -48,6 +47,7 @@ OSErr HandleVESKEvent(const AppleEvent *event, AppleEvent *reply, intptr_t refco
 {
     if (gIacClosed)
         return errAEEventNotHandled;
+    ForgetFailedLaunches();
     int16_t savedResFile = CurResFile();
     if (gFMX_ExternCallPtr)
         UseResFile(gFMX_ExternCallPtr->resFileRef);
@@ -93,7 +93,7 @@ OSErr MyAEGetStrParam(const AEDesc *event, unsigned long keyword, char *buffer, 
     if (err)
         return err;
     if (size > maxLength)
-        return -1;
+        return kMissingErr;
     buffer[size < 0 ? 0 : size] = 0;
     return noErr;
 }
@@ -153,7 +153,7 @@ OSErr ArchiveIncomingMessage(const AEDesc *event)
 {
     int index = FirstFreeArchiveSlot();
     if (index < 0)
-        return dirFulErr;   /* -33: the archive is full */
+        return kArchiveFullErr;
     OSType messageId = 0, sender = 0;
     OSErr err = GetCodeParam(event, FOUR_CHAR('M', 'S', 'S', 'G'), &messageId);
     if (err == noErr)

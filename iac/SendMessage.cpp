@@ -10,6 +10,7 @@
 #include "iac/Iac.h"
 #include "store/Globals.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 
@@ -28,9 +29,9 @@ OSErr ApplyStandardDefaults(short list)
     char signature[5];
     OSErr err;
     if (IsBlankParameter("SIGN", list)) {
-        OSType code = GetGlobalInListAsOSType("App Signature");
+        OSType code = GetGlobalInListAsOSType(kAppSignatureGlobal);
         if (IsAllSpacesOSType(code))
-            return -2;
+            return kNoListOrSignatureErr;
         OSTypeToString(code, signature);
         if ((err = SetOutgoingMessageParameterFromStr("SIGN", signature, list)) != noErr)
             return err;
@@ -39,7 +40,7 @@ OSErr ApplyStandardDefaults(short list)
     }
     if (IsBlankParameter("PSIG", list)) {
         char psig[5];
-        OSType code = GetGlobalInListAsOSType("App PSIG");
+        OSType code = GetGlobalInListAsOSType(kAppPsigGlobal);
         if (IsAllSpacesOSType(code))
             strcpy(psig, signature);
         else
@@ -136,12 +137,12 @@ OSErr SendMessageFromOutgoingMessageParameters(unsigned long signature, short li
     DataNode **head = OutgoingListHead(list);
     if (!head) {
         DisposeFHandle(array);
-        return -2;
+        return kNoListOrSignatureErr;
     }
     if (IsBlankParameter("MSSG", list)) {
         DisposeOutgoingMessageParameterList(list);
         DisposeFHandle(array);
-        return -123;
+        return kNoMessageIdErr;
     }
     OSErr err = ApplyStandardDefaults(list);
     if (err == noErr) {

@@ -9,27 +9,8 @@
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
-SharingMenu gTopoluxSharingMenu;
-SharingMenu gNimboSharingMenu;
-char gTopoluxNoneSelectedGetInfoAlert[kAlertTextSize];
-char gTopoluxNoneSelectedUnlinkAlert[kAlertTextSize];
-char gTopoluxNoneSelectedLinkAlert[kAlertTextSize];
-char gTopoluxMoreThanOneSelectedLinkAlert[kAlertTextSize];
-char gNimboNoneSelectedGetInfoAlert[kAlertTextSize];
-
 enum { kTopoluxGetInfoAlertId = 47, kTopoluxUnlinkAlertId = 48, kTopoluxLinkAlertId = 49,
        kTopoluxMoreThanOneLinkAlertId = 50, kNimboGetInfoAlertId = 57 };
-
-void ResetSharingMenus(void)
-{
-    memset(&gTopoluxSharingMenu, 0, sizeof gTopoluxSharingMenu);
-    memset(&gNimboSharingMenu, 0, sizeof gNimboSharingMenu);
-    gTopoluxNoneSelectedGetInfoAlert[0] = 0;
-    gTopoluxNoneSelectedUnlinkAlert[0] = 0;
-    gTopoluxNoneSelectedLinkAlert[0] = 0;
-    gTopoluxMoreThanOneSelectedLinkAlert[0] = 0;
-    gNimboNoneSelectedGetInfoAlert[0] = 0;
-}
 
 /* "name|items": both parts must be present to replace the menu. */
 static void SetSharingMenu(SharingMenu *menu, long funcId, char **argHandle)

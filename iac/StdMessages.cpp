@@ -6,6 +6,7 @@
 #include "iac/IacTables.h"
 #include "store/Globals.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 enum { kStdList = 2 };
 
@@ -49,7 +50,7 @@ OSErr SendForwardNotice(unsigned long partner)
     if (!AppIsRunning(partner))
         return noErr;
     char who[256];
-    GetGlobalInListAsStr("App Signature", who, sizeof who);
+    GetGlobalInListAsStr(kAppSignatureGlobal, who, sizeof who);
     const char *const pairs[] = {"WHO ", who, "NAME", "", "MSSG", "FRWD"};
     return FinishStdMessage(partner, BeginStdMessage(pairs, 3));
 }
@@ -57,7 +58,7 @@ OSErr SendForwardNotice(unsigned long partner)
 OSErr SendSelectionRequestToTopolux(short action)
 {
     if (!AppIsRunning(kTopoluxSignature))
-        return -234;
+        return kPartnerNotRunningErr;
     const char *extra = nullptr;
     const char *options = "SELECTED";
     switch (action) {
@@ -74,7 +75,7 @@ OSErr SendSelectionRequestToTopolux(short action)
 OSErr SendAlertToTopolux(const char *text)
 {
     if (!AppIsRunning(kTopoluxSignature))
-        return -234;
+        return kPartnerNotRunningErr;
     const char *const pairs[] = {"TEXT", text, "ICON", "0", "MSSG", "ALRT"};
     return FinishStdMessage(kTopoluxSignature, BeginStdMessage(pairs, 3));
 }

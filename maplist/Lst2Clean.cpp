@@ -11,6 +11,7 @@
 #include <string.h>
 
 #include "maplist/Lst2.h"
+#include "maplist/Lst2State.h"
 #include "store/MessageLists.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
@@ -29,9 +30,8 @@ struct Lst2SortRecord {
 };
 static_assert(sizeof(Lst2SortRecord) == 24, "sort records are 24 bytes");
 
-/* mytoupper of every byte, looked up once per call instead of called per character. */
-static unsigned char gLst2Upper[256];
-
+/* gLst2Upper: mytoupper of every byte, looked up once per call instead of called per
+ * character. */
 static void BuildLst2UpperTable(void)
 {
     for (int c = 0; c < 256; c++)
@@ -151,9 +151,7 @@ static int CompareLst2SortRecords(const void *a, const void *b)
     return (ra->lineStart > rb->lineStart) - (ra->lineStart < rb->lineStart);
 }
 
-/* The text that CompareLst2GroupLines reads (qsort passes no context). */
-static const char *gLst2GroupText;
-
+/* gLst2GroupText is the text that CompareLst2GroupLines reads (qsort passes no context). */
 /* Within a group of valid lines with one identifier: by the rest of the line, then by
  * line start, so the first occurrence of a line heads its run of equals. */
 static int CompareLst2GroupLines(const void *a, const void *b)

@@ -6,8 +6,10 @@
 #include <string.h>
 
 #include "maplist/Lst2.h"
-#include "plugin/Plugin.h"
+#include "maplist/Lst2State.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
+#include "text/OutputCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
@@ -21,9 +23,8 @@ enum {
     kLst2MaxNameLength = 63,
 };
 
-/* The column table, rebuilt at every call and ended by a pair with code 0. */
-static WordCode gLst2ColumnTable[7];
-
+/* The column table gLst2ColumnTable is rebuilt at every call and ended by a pair with
+ * code 0. */
 static void BuildLst2ColumnTable(void)
 {
     static const char *const words[6] = {"TOPOLUXID", "LAYERNAME", "MAPNAME", "SPACE", "TAB", "RETURN"};
@@ -73,15 +74,17 @@ static bool SetOutputCodesFromFormat(char *format)
 /* Byte classes of the list reader: a line ends at CR, LF or the NUL; TAB separates. */
 enum { kLst2Plain = 0, kLst2Tab = 1, kLst2End = 2 };
 
-static unsigned char gLst2ByteClass[256];
-
-static void BuildLst2ByteClasses(void)
-{
-    gLst2ByteClass['\t'] = kLst2Tab;
-    gLst2ByteClass['\r'] = kLst2End;
-    gLst2ByteClass['\n'] = kLst2End;
-    gLst2ByteClass[0] = kLst2End;
-}
+struct Lst2ByteClasses {
+    unsigned char of[256];
+    constexpr Lst2ByteClasses() : of()
+    {
+        of[(unsigned char)'\t'] = kLst2Tab;
+        of[(unsigned char)'\r'] = kLst2End;
+        of[(unsigned char)'\n'] = kLst2End;
+        of[0] = kLst2End;
+    }
+};
+static constexpr Lst2ByteClasses kLst2ByteClass;
 
 /* One line of the list, as the looping line fetcher gives it into a 256-byte buffer
  * (at most 255 characters, up to CR, LF or the NUL), split into fields the way the
@@ -100,18 +103,18 @@ static const unsigned char *ReadLst2Line(const unsigned char *p, Lst2Line *line)
     line->count = 0;
     long i = 0;
     while (line->count < 3) {
-        while (i < cut && gLst2ByteClass[p[i]] == kLst2Tab)
+        while (i < cut && kLst2ByteClass.of[p[i]] == kLst2Tab)
             i++;
-        if (i >= cut || gLst2ByteClass[p[i]] == kLst2End)
+        if (i >= cut || kLst2ByteClass.of[p[i]] == kLst2End)
             break;
         long start = i;
-        while (i < cut && gLst2ByteClass[p[i]] == kLst2Plain)
+        while (i < cut && kLst2ByteClass.of[p[i]] == kLst2Plain)
             i++;
         line->fields[line->count] = (const char *)p + start;
         line->lengths[line->count] = i - start;
         line->count++;
     }
-    while (gLst2ByteClass[p[i]] != kLst2End)
+    while (kLst2ByteClass.of[p[i]] != kLst2End)
         i++;
     if (p[i] == 0)
         return nullptr;
@@ -180,7 +183,6 @@ static void FinishLst2Output(Lst2Output *out)
  * reading the list once from its start. */
 static OSErr WriteLst2Columns(const char *list, long listSize, bool fileFlag, char **resultHandle)
 {
-    BuildLst2ByteClasses();
     Lst2Output out = {resultHandle, 0, 0, listSize, false};
     OSErr err = noErr;
     for (const unsigned char *p = (const unsigned char *)list; p != nullptr;) {
@@ -189,7 +191,7 @@ static OSErr WriteLst2Columns(const char *list, long listSize, bool fileFlag, ch
         if (!IsTakenLst2Line(&line))
             continue;
         if (fileFlag) {
-            err = -3;   /* output to a file is not provided */
+            err = kTableFullErr;   /* -3, as for a full table: output to a file is not provided */
             break;
         }
         err = MakeRoomInLst2Output(&out);

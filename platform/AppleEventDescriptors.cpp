@@ -7,6 +7,7 @@
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 
 #include <cstring>
 #include <new>
@@ -20,6 +21,8 @@ const uint32_t kRecordMagic = 0x41455244;   /* 'AERD' */
 #define keyReturnIDAttr FOUR_CHAR('r', 't', 'i', 'd')
 #define keyTransactionIDAttr FOUR_CHAR('t', 'r', 'a', 'n')
 
+/* Kept by PlatformResetAll: a record belongs to the descriptor holding it until
+ * AEDisposeDesc. */
 std::unordered_set<const AEDescRecord *> gLiveRecords;
 int16_t gLastReturnID = 0;
 
@@ -84,6 +87,11 @@ OSErr CopyOutAs(DescType type, const std::string &bytes, DescType desiredType, D
 }
 
 } // namespace
+
+void ResetReturnIDs(void)
+{
+    gLastReturnID = 0;
+}
 
 /* ---- Records ---- */
 

@@ -10,6 +10,7 @@
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
 #include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 
 #include <cstring>
 #include <deque>
@@ -140,6 +141,13 @@ void AEQueueClear(void)
         AEFreeRecord(item.event);
     }
     ClearWaiting();
+}
+
+/* The descriptors stay: a host may hold AEGetEventFD's for the life of the process. */
+void ResetEventQueue(void)
+{
+    AEQueueClear();
+    gDispatchDepth = 0;
 }
 
 OSErr QueueSend(const AppleEvent *event, AppleEvent *reply, int32_t sendMode, int16_t sendPriority,

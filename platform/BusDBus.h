@@ -1,9 +1,9 @@
 /*
  * BusDBus.h: the pieces of the D-Bus transport and how they meet (not exported): the
  * connection (BusDBusConnection.cpp), the event method and its wire format
- * (BusDBusEvents.cpp), the process table kept from the daemon's name-owner signals
- * (BusDBusProcesses.cpp), launching (BusDBusLaunch.cpp) and the private daemon
- * (BusDaemon.cpp). The wire format is described in docs/wire-format.md.
+ * (BusDBusEvents.cpp), what an incoming event must satisfy (BusDBusTrust.cpp), the
+ * process table kept from the daemon's name-owner signals (BusDBusProcesses.cpp),
+ * launching (BusDBusLaunch.cpp) and the private daemon (BusDaemon.cpp). The wire format is described in docs/wire-format.md.
  */
 #ifndef TPX1_BUSDBUS_H
 #define TPX1_BUSDBUS_H
@@ -46,6 +46,27 @@ bool BusDBusActivationsPending(void);
 /* A four-character code <-> its string on the wire (Mac Roman <-> UTF-8). */
 std::string BusDBusCodeString(OSType code);
 bool BusDBusCodeFromString(const char *text, OSType *code);
+
+/* ---- Trust ---- */
+/* Parameters an event may have, on the wire (a repeated keyword counts each time). */
+const size_t kBusMaxEventParams = 4096;
+/* Whether events of this class and id are taken from the bus (VESK/AEVT, aevt/odoc). */
+bool BusDBusTakesEventClass(OSType eventClass, OSType eventID);
+/* The signature an event's SIGN parameter names, 0 when none (absent, empty, blank). */
+OSType BusDBusSignedAs(const AEDescRecord *record);
+/* 0 when speaksAs is 0 or the connection that sent m owns speaksAs's name; otherwise the
+ * event is refused (BusDBusRefuse, AccessDenied naming the name to own). */
+int BusDBusCheckSpeaker(sd_bus_message *m, const AEDescRecord *record, OSType speaksAs, sd_bus_error *error);
+/* Refuses the event m carries (record: its class and id): sets the D-Bus error that
+ * answers a sender asking for a reply, notes it on standard error (at most a line a
+ * second) and returns the negative errno for the method handler to return. */
+int BusDBusRefuse(sd_bus_message *m, const AEDescRecord *record, const char *errorName, const std::string &reason,
+                  sd_bus_error *error);
+/* Says how many refusals went unsaid, once their second is over. */
+void BusDBusReportRefusals(void);
+/* UTF-8 with control characters shown as \x1b; a code (Mac Roman) the same way. */
+std::string BusDBusPrintable(const std::string &utf8);
+std::string BusDBusPrintableCode(OSType code);
 
 /* ---- Processes ---- */
 int BusDBusWatchNames(sd_bus *bus, sd_bus_slot **slot);

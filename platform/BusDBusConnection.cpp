@@ -7,6 +7,7 @@
  */
 #include "platform/BusDBus.h"
 #include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 #include "platform/Toolbox.h"
 
 #include <cerrno>
@@ -24,7 +25,7 @@ sd_bus_slot *gObjectSlot = nullptr;
 sd_bus_slot *gFilterSlot = nullptr;
 sd_bus_slot *gNamesSlot = nullptr;
 BusState gState = kBusNeverOpened;
-bool gExitHookSet = false;
+bool gExitHookSet = false;          /* kept by PlatformResetAll: the hook is set once */
 bool gWarnedNoBus = false;
 uint64_t gLastDrainUsec = 0;        /* when the last drain ended; 0 on a new connection */
 
@@ -70,7 +71,11 @@ void RequestOwnName(OSType signature)
     PlatformBusNameForSignature(signature, name);
     int r = sd_bus_request_name(gBus, name, 0);
     if (r < 0) {
-        if (r == -EEXIST) fprintf(stderr, "%s: the bus name %s belongs to another process\n", program_invocation_short_name, name);
+        if (r == -EEXIST)
+            fprintf(stderr,
+                    "%s: the bus name %s belongs to another process: other applications refuse the events "
+                    "this one sends as '%s'\n",
+                    program_invocation_short_name, name, BusDBusPrintableCode(signature).c_str());
         else BusDBusFailure(r);
         return;
     }
@@ -142,6 +147,7 @@ void DBusPump(void)
     BusDBusDrain();
     for (int32_t n = BusDBusTakeActivations(); n > 0; n--) ProcessCallActivateHandler();
     BusDBusReapChildren();
+    BusDBusReportRefusals();
 }
 
 bool DBusPending(void)
@@ -245,7 +251,7 @@ void PlatformBusClose(void)
 
 const char *PlatformBusAddress(void)
 {
-    static std::string address;
+    static std::string address;   /* the text returned: no state, kept by PlatformResetAll */
     const char *current = nullptr;
     if (gBus && sd_bus_get_address(gBus, &current) >= 0 && current) {
         address = current;
@@ -260,3 +266,9 @@ void PlatformBusNameForSignature(OSType signature, char *name)
 }
 
 } // extern "C"
+
+void ResetDBusConnection(void)
+{
+    PlatformBusClose();
+    gWarnedNoBus = false;
+}

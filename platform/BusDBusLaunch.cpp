@@ -1,10 +1,13 @@
 /*
  * BusDBusLaunch.cpp: LaunchApplication on the bus: starts the executable detached (its
- * own session, standard input from /dev/null, the document's POSIX path as its first
- * argument, the bus address and the application file it was launched as in its
- * environment) and waits, bounded by
- * TPX1_LAUNCH_TIMEOUT_MS (default 5000), until the new process owns a name on the bus.
- * Started children are reaped when they end.
+ * own session, standard input, output and error on /dev/null, the document's POSIX path
+ * as its first argument, the bus address and the application file it was launched as
+ * in its environment) and waits, bounded by TPX1_LAUNCH_TIMEOUT_MS (default 5000), until
+ * the new process owns a name on the bus. An application is started once: while an
+ * earlier copy is still starting (alive, not on the bus yet), a launch waits for that
+ * copy instead. A copy that is slow to join is left to finish starting, never killed.
+ * Started children are reaped when they end; one that ends before it joined the bus is
+ * reported with its exit status.
  */
 #include "platform/BusDBus.h"
 #include "platform/EventService.h"
@@ -27,7 +30,15 @@ extern char **environ;
 namespace {
 
 const int32_t kDefaultLaunchTimeoutMs = 5000;
-std::vector<pid_t> gChildren;
+const uint64_t kSayWaitingAfterUsec = 1000000;
+
+struct Child {
+    pid_t pid;
+    std::string executable;
+    bool joined;     /* seen owning a name on the bus */
+};
+/* Kept by PlatformResetAll: a child is reaped when it ends, forgotten it would linger. */
+std::vector<Child> gChildren;
 
 int32_t LaunchTimeoutMs(void)
 {
@@ -85,20 +96,53 @@ OSErr Spawn(const std::string &executable, const std::string &document, pid_t *c
     posix_spawnattr_destroy(&attr);
     posix_spawn_file_actions_destroy(&actions);
     if (r) return PlatformErrnoToOSErr(r);
-    gChildren.push_back(*child);
+    gChildren.push_back(Child{*child, executable, false});
     return noErr;
 }
 
-bool ChildEnded(pid_t child)
+/* "TOPOLUX (Linux:opt:TOPOLUX Folder:TOPOLUX)": the application's name and classic path. */
+std::string Describe(const std::string &executable)
+{
+    std::string name = executable.substr(executable.rfind('/') + 1);
+    char classic[1024];
+    std::string where = executable;
+    if (PlatformPOSIXPathToClassic(executable.c_str(), classic, sizeof classic) == noErr) {
+        char utf8[3 * sizeof classic];
+        if (PlatformMacRomanToUTF8(classic, (int32_t)strlen(classic), utf8, sizeof utf8) >= 0) where = utf8;
+    }
+    return BusDBusPrintable(name) + " (" + BusDBusPrintable(where) + ")";
+}
+
+Child *FindChild(pid_t pid)
+{
+    for (Child &child : gChildren)
+        if (child.pid == pid) return &child;
+    return nullptr;
+}
+
+/* A copy of the executable that was started and has not joined the bus yet. */
+Child *StartingCopy(const std::string &executable)
+{
+    for (Child &child : gChildren)
+        if (!child.joined && child.executable == executable) return &child;
+    return nullptr;
+}
+
+/* Reaps the child if it ended: true then, after reporting a child that ended before it
+ * joined the bus. */
+bool ChildEnded(pid_t pid)
 {
     int status;
-    if (waitpid(child, &status, WNOHANG) != child) return false;
-    for (size_t i = 0; i < gChildren.size(); i++) {
-        if (gChildren[i] == child) {
-            gChildren.erase(gChildren.begin() + i);
-            break;
-        }
+    if (waitpid(pid, &status, WNOHANG) != pid) return false;
+    Child *child = FindChild(pid);
+    if (!child) return true;
+    if (!child->joined) {
+        std::string how = WIFEXITED(status) ? "with exit status " + std::to_string(WEXITSTATUS(status))
+                                            : "by signal " + std::to_string(WTERMSIG(status));
+        fprintf(stderr, "%s: %s ended %s before it joined the bus\n", program_invocation_short_name,
+                Describe(child->executable).c_str(), how.c_str());
     }
+    gChildren.erase(gChildren.begin() + (child - gChildren.data()));
     return true;
 }
 
@@ -110,29 +154,35 @@ OSErr BusDBusLaunch(const std::string &executable, const std::string &document, 
     OSErr err = BusDBusEnsure(false);
     if (err) return err;
     if (access(executable.c_str(), X_OK) != 0) return PlatformErrnoToOSErr(errno);
-    pid_t child;
-    err = Spawn(executable, document, &child);
-    if (err) return err;
+    /* A copy still starting is waited for, not doubled (the document it was started
+     * with, if any, is the one it gets). */
+    Child *starting = StartingCopy(executable);
+    if (starting && ChildEnded(starting->pid)) starting = nullptr;
+    pid_t child = starting ? starting->pid : 0;
+    if (!starting && (err = Spawn(executable, document, &child)) != noErr) return err;
     int32_t timeoutMs = LaunchTimeoutMs();
-    uint64_t deadline = BusDBusNowUsec() + (uint64_t)timeoutMs * 1000u;
+    uint64_t start = BusDBusNowUsec(), deadline = start + (uint64_t)timeoutMs * 1000u;
+    bool saidWaiting = false;
     for (;;) {
         BusDBusDrain();
         sd_bus *bus = BusDBusConnection();
         if (!bus) return connectionInvalid;
         if (BusDBusFindByPid(child, expected, psn)) {
+            if (FindChild(child)) FindChild(child)->joined = true;
             BusDBusDrain();
             return noErr;
         }
-        if (ChildEnded(child)) {
-            fprintf(stderr, "%s: %s ended before it joined the bus\n", program_invocation_short_name,
-                    executable.c_str());
-            return procNotFound;
-        }
+        if (ChildEnded(child)) return procNotFound;
         uint64_t now = BusDBusNowUsec();
         if (now >= deadline) {
-            fprintf(stderr, "%s: %s did not join the bus within %d ms\n", program_invocation_short_name,
-                    executable.c_str(), (int)timeoutMs);
+            fprintf(stderr, "%s: %s did not join the bus within %d ms; it is left to finish starting\n",
+                    program_invocation_short_name, Describe(executable).c_str(), (int)timeoutMs);
             return procNotFound;
+        }
+        if (!saidWaiting && now - start >= kSayWaitingAfterUsec) {
+            fprintf(stderr, "%s: waiting for %s to join the bus\n", program_invocation_short_name,
+                    Describe(executable).c_str());
+            saidWaiting = true;
         }
         uint64_t wait = deadline - now;
         if (wait > 50000) wait = 50000;
@@ -143,5 +193,10 @@ OSErr BusDBusLaunch(const std::string &executable, const std::string &document, 
 
 void BusDBusReapChildren(void)
 {
-    for (size_t i = gChildren.size(); i-- > 0;) ChildEnded(gChildren[i]);
+    ProcessSerialNumber psn;
+    for (size_t i = gChildren.size(); i-- > 0;) {
+        pid_t pid = gChildren[i].pid;
+        if (!gChildren[i].joined && BusDBusFindByPid(pid, 0, &psn)) gChildren[i].joined = true;
+        ChildEnded(pid);
+    }
 }

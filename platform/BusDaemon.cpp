@@ -2,6 +2,8 @@
  * BusDaemon.cpp: a private session bus for a process that has none (fmhost without a
  * desktop session): dbus-daemon started for the life of the process, its address put in
  * DBUS_SESSION_BUS_ADDRESS for this process and the ones it launches, stopped at exit.
+ * The daemon never outlives the process, however it ends: it gets SIGTERM as its
+ * parent-death signal, and PlatformBusKillPrivateDaemon serves a signal handler.
  */
 #include "platform/BusDBus.h"
 #include "platform/EventService.h"
@@ -13,16 +15,16 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-extern char **environ;
 
 namespace {
 
 const int kDaemonStartMs = 10000;
-pid_t gDaemonPid = 0;
+/* Kept by PlatformResetAll: the private daemon runs until PlatformBusStopPrivateDaemon
+ * or exit, and the exit hook is set once. Read by a signal handler too. */
+volatile pid_t gDaemonPid = 0;
 std::string gDaemonAddress;
 bool gStopAtExit = false;
 
@@ -61,16 +63,21 @@ OSErr PlatformBusStartPrivateDaemon(void)
     fcntl(fds[1], F_SETFD, 0);
     char printAddress[64];
     snprintf(printAddress, sizeof printAddress, "--print-address=%d", fds[1]);
-    char program[] = "dbus-daemon", session[] = "--session", nofork[] = "--nofork";
-    char *argv[] = {program, session, nofork, printAddress, nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    /* The daemon's own chatter (fd limits and the like) is not the user's business. */
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid;
-    int r = posix_spawnp(&pid, program, &actions, nullptr, argv, environ);
-    posix_spawn_file_actions_destroy(&actions);
+    pid_t parent = getpid();
+    pid_t pid = fork();
+    if (pid == 0) {
+        /* Ends with its parent, whatever ends the parent (a crash, SIGKILL): the signal
+         * comes when the thread that forked it ends, here the process's only one. */
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent) _exit(0);
+        int null = open("/dev/null", O_RDWR);
+        dup2(null, 0);
+        /* The daemon's own chatter (fd limits and the like) is not the user's business. */
+        dup2(null, 2);
+        execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", printAddress, (char *)nullptr);
+        _exit(127);
+    }
+    int r = pid < 0 ? errno : 0;
     close(fds[1]);
     if (r) {
         close(fds[0]);
@@ -91,6 +98,11 @@ OSErr PlatformBusStartPrivateDaemon(void)
         gStopAtExit = true;
     }
     return noErr;
+}
+
+void PlatformBusKillPrivateDaemon(void)
+{
+    if (gDaemonPid > 0) kill(gDaemonPid, SIGTERM);
 }
 
 void PlatformBusStopPrivateDaemon(void)

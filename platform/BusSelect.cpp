@@ -4,6 +4,8 @@
  * and drops the events still queued from it.
  */
 #include "platform/BusTransport.h"
+#include "platform/EventService.h"
+#include "platform/ServiceResets.h"
 #include "platform/TestBus.h"
 
 namespace {
@@ -39,4 +41,14 @@ void PlatformBusUseDBus(void)
     SwitchBus(BusDBusMethods());
 }
 
+OSErr PlatformBusOpen(void)
+{
+    return BusCurrent()->xEnsureOpen(true);
+}
+
 } // extern "C"
+
+void ResetBusSelection(void)
+{
+    gBus = nullptr;
+}

@@ -3,6 +3,7 @@
  * that tests use instead of sleeping.
  */
 #include "platform/Services.h"
+#include "platform/ServiceResets.h"
 
 #include <atomic>
 #include <time.h>
@@ -61,3 +62,10 @@ void PlatformClockUseReal(void)
 }
 
 } // extern "C"
+
+void ResetClock(void)
+{
+    PlatformInstallClock(&gRealClock);
+    gManualNow.store(0);
+    gManualStep.store(0);
+}

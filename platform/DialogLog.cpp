@@ -156,4 +156,6 @@ void ResetDialogLog(void)
 {
     std::lock_guard<std::mutex> hold(gLogLock);
     gAnswersRead = false;
+    gAnswers.clear();
+    gNextAnswer = 0;
 }

@@ -2,13 +2,16 @@
  * DialogTerminal.cpp: the dialog backend for an interactive terminal. The dialog is
  * drawn as a box on stderr and answered with one key read in raw mode from stdin:
  * Return for the default button, Escape for the cancel button, or a button's digit.
- * The file dialogs ask for a classic path on one line (empty: cancelled).
+ * The file dialogs ask for a classic path on one line (empty: cancelled). Input typed
+ * before a dialog showed (at a prompt, the next lines typed ahead) is no answer to it:
+ * it is set aside while the dialog waits and handed back to the terminal afterwards.
  */
 #include "platform/DialogBackends.h"
 #include "platform/TextLayout.h"
 
 #include <cstdio>
 #include <cstring>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -57,27 +60,64 @@ void DrawDialogBox(const DialogSpec *theSpec)
     DrawBoxRule("Return = *, Esc = " + std::to_string(theSpec->cancelButton));
 }
 
-/* One key from stdin without echo or line buffering; -1 at end of input. */
+/* The terminal while a dialog has it: raw (no echo, no line buffering, no signals),
+ * with what had been typed before the dialog showed set aside. */
+struct TerminalTurn {
+    bool haveTerm = false;
+    struct termios saved, raw;
+    std::string typedAhead;
+};
+
+void BeginTurn(TerminalTurn *turn)
+{
+    turn->haveTerm = tcgetattr(STDIN_FILENO, &turn->saved) == 0;
+    if (!turn->haveTerm) return;
+    turn->raw = turn->saved;
+    turn->raw.c_lflag &= ~(ICANON | ECHO | ISIG);
+    turn->raw.c_iflag &= ~(ICRNL);
+    turn->raw.c_cc[VMIN] = 0;
+    turn->raw.c_cc[VTIME] = 0;
+    tcsetattr(STDIN_FILENO, TCSANOW, &turn->raw);
+    char chunk[256];
+    ssize_t n;
+    while ((n = read(STDIN_FILENO, chunk, sizeof chunk)) > 0) turn->typedAhead.append(chunk, (size_t)n);
+    turn->raw.c_cc[VMIN] = 1;
+    tcsetattr(STDIN_FILENO, TCSANOW, &turn->raw);
+}
+
+/* Hands the typed-ahead input back to the terminal's input queue (still without echo:
+ * it was shown when it was typed) and restores the terminal's mode. */
+void EndTurn(TerminalTurn *turn)
+{
+    if (!turn->haveTerm) return;
+    tcsetattr(STDIN_FILENO, TCSANOW, &turn->raw);
+    size_t given = 0;
+    while (given < turn->typedAhead.size() && ioctl(STDIN_FILENO, TIOCSTI, &turn->typedAhead[given]) == 0) given++;
+    tcsetattr(STDIN_FILENO, TCSANOW, &turn->saved);
+    if (given < turn->typedAhead.size()) {
+        std::string lost;
+        for (size_t i = given; i < turn->typedAhead.size(); i++) {
+            unsigned char c = (unsigned char)turn->typedAhead[i];
+            char escaped[8];
+            if (c == '\r' || c == '\n') lost += "\\n";
+            else if (c < 32 || c == 127) snprintf(escaped, sizeof escaped, "\\x%02X", c), lost += escaped;
+            else lost += (char)c;
+        }
+        fprintf(stderr, "(typed ahead before the dialog and not run: \"%s\")\n", lost.c_str());
+    }
+}
+
+/* One key without echo or line buffering; -1 at end of input. */
 int ReadRawKey(void)
 {
-    struct termios saved, raw;
-    bool haveTerm = tcgetattr(STDIN_FILENO, &saved) == 0;
-    if (haveTerm) {
-        raw = saved;
-        raw.c_lflag &= ~(ICANON | ECHO | ISIG);
-        raw.c_iflag &= ~(ICRNL);
-        raw.c_cc[VMIN] = 1;
-        raw.c_cc[VTIME] = 0;
-        tcsetattr(STDIN_FILENO, TCSANOW, &raw);
-    }
     unsigned char c;
-    ssize_t n = read(STDIN_FILENO, &c, 1);
-    if (haveTerm) tcsetattr(STDIN_FILENO, TCSANOW, &saved);
-    return n == 1 ? c : -1;
+    return read(STDIN_FILENO, &c, 1) == 1 ? c : -1;
 }
 
 int16_t RunTerminalDialog(const DialogSpec *theSpec)
 {
+    TerminalTurn turn;
+    BeginTurn(&turn);
     DrawDialogBox(theSpec);
     for (;;) {
         int key = ReadRawKey();
@@ -87,6 +127,7 @@ int16_t RunTerminalDialog(const DialogSpec *theSpec)
         else if (key >= '1' && key <= '3' && theSpec->shown[key - '1']) answer = (int16_t)(key - '0');
         if (answer) {
             fprintf(stderr, "-> %d\n", answer);
+            EndTurn(&turn);
             return answer;
         }
         fputc('\a', stderr);
@@ -99,15 +140,20 @@ void BeepTerminal(int16_t duration)
     fflush(stderr);
 }
 
-/* Reads a classic path typed on one line, in Mac Roman; "" when cancelled. */
+/* Reads a classic path typed on one line (echoed, with the terminal's line editing),
+ * in Mac Roman; "" when cancelled. Nothing after the line's end is read. */
 std::string AskClassicPath(const char *prompt, const char *windowTitle)
 {
+    TerminalTurn turn;
+    BeginTurn(&turn);
     fprintf(stderr, "%s (%s)\nClassic path, empty to cancel: ", prompt, FlatDialogText(windowTitle).c_str());
-    char line[1024];
-    if (!fgets(line, sizeof line, stdin)) return std::string();
-    line[strcspn(line, "\r\n")] = 0;
+    if (turn.haveTerm) tcsetattr(STDIN_FILENO, TCSANOW, &turn.saved);
+    std::string line;
+    char c;
+    while (line.size() < 1023 && read(STDIN_FILENO, &c, 1) == 1 && c != '\n' && c != '\r') line += c;
+    EndTurn(&turn);
     char mac[1024];
-    int32_t n = PlatformUTF8ToMacRoman(line, -1, mac, sizeof mac, nullptr);
+    int32_t n = PlatformUTF8ToMacRoman(line.c_str(), -1, mac, sizeof mac, nullptr);
     return n > 0 ? std::string(mac, n) : std::string();
 }
 

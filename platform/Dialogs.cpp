@@ -2,12 +2,17 @@
  * Dialogs.cpp: the dialog service's toolbox calls (RunModalDialog, SysBeep and the file
  * dialogs) and the choice of its backend. Unless a backend was installed, the first
  * dialog chooses one from the environment: the log when TPX1_DIALOG_LOG names a file,
- * the terminal when stdin and stderr are both terminals, else the headless line.
+ * the terminal when stdin and stderr are both terminals, else the headless line. A log
+ * that cannot be opened is said once on standard error, and the headless line serves.
  */
 #include "platform/DialogBackends.h"
 #include "platform/Faults.h"
 
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -18,7 +23,16 @@ std::atomic<const Tpx1DialogMethods *> gEnvironmentDialogs{nullptr};
 const Tpx1DialogMethods *ChooseDialogBackend(void)
 {
     const char *log = PlatformSetting("TPX1_DIALOG_LOG");
-    if (log && *log) return &gDialogLog;
+    if (log && *log) {
+        int fd = open(log, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+        if (fd >= 0) {
+            close(fd);
+            return &gDialogLog;
+        }
+        fprintf(stderr, "%s: cannot open the dialog log %s (TPX1_DIALOG_LOG): %s; dialogs go to standard error\n",
+                program_invocation_short_name, log, strerror(errno));
+        return &gDialogHeadless;
+    }
     if (isatty(STDIN_FILENO) && isatty(STDERR_FILENO)) return &gDialogTerminal;
     return &gDialogHeadless;
 }

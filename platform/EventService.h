@@ -69,10 +69,16 @@ TPX1_API OSErr PlatformEventGetNthParam(const AppleEvent *event, int32_t index, 
  * need); it also runs at exit. PlatformBusStartPrivateDaemon starts a private
  * dbus-daemon for the life of the process and sets DBUS_SESSION_BUS_ADDRESS to it (for
  * this process and everything it launches); PlatformBusStopPrivateDaemon stops it. The
- * address of the bus in use (or of the one that would be used) is PlatformBusAddress. */
+ * address of the bus in use (or of the one that would be used) is PlatformBusAddress.
+ * The private daemon ends when the process ends, even by a signal or a crash;
+ * PlatformBusKillPrivateDaemon only sends it SIGTERM, which a signal handler may do.
+ * PlatformBusOpen opens the connection now (again, if it was lost): noErr, or
+ * connectionInvalid when there is no bus to reach (the reason went to stderr). */
+TPX1_API OSErr PlatformBusOpen(void);
 TPX1_API void PlatformBusClose(void);
 TPX1_API OSErr PlatformBusStartPrivateDaemon(void);
 TPX1_API void PlatformBusStopPrivateDaemon(void);
+TPX1_API void PlatformBusKillPrivateDaemon(void);
 TPX1_API const char *PlatformBusAddress(void);
 
 /* Well-known bus name of a signature: "org.vesk.App.s" + 8 lowercase hex digits.

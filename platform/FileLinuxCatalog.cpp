@@ -221,6 +221,7 @@ void ForgetAllCatalogListings(void)
         listing.valid = false;
         listing.entries.clear();
     }
+    gListingUses = 0;
 }
 
 OSErr LinuxGetCatInfo(CInfoPBRec *pb)

@@ -14,7 +14,7 @@
 namespace {
 
 /* Mac Roman lower-case letters above 0x7F and their capitals. */
-const unsigned char kMacRomanCasePairs[][2] = {
+constexpr unsigned char kMacRomanCasePairs[][2] = {
     {0x87, 0xE7}, {0x88, 0xCB}, {0x89, 0xE5}, {0x8A, 0x80}, {0x8B, 0xCC}, {0x8C, 0x81},
     {0x8D, 0x82}, {0x8E, 0x83}, {0x8F, 0xE9}, {0x90, 0xE6}, {0x91, 0xE8}, {0x92, 0xEA},
     {0x93, 0xED}, {0x94, 0xEB}, {0x95, 0xEC}, {0x96, 0x84}, {0x97, 0xEE}, {0x98, 0xF1},
@@ -24,14 +24,14 @@ const unsigned char kMacRomanCasePairs[][2] = {
 
 struct UpperTable {
     unsigned char map[256];
-    UpperTable()
+    constexpr UpperTable() : map()
     {
         for (int c = 0; c < 256; c++) map[c] = (unsigned char)((c >= 'a' && c <= 'z') ? c - 32 : c);
         for (const auto &pair : kMacRomanCasePairs) map[pair[0]] = pair[1];
     }
 };
 
-const UpperTable gUpper;
+constexpr UpperTable gUpper;
 
 void SwapSlashAndColon(char *text, size_t length)
 {

@@ -200,6 +200,8 @@ const FileVolume *VolumeOfPOSIXPath(const std::string &normalPath)
 void ResetVolumes(void)
 {
     gVolumes.clear();
+    gRootSetting.clear();
+    gRootNameKnown = false;
     if (gMountInfoFd >= 0) close(gMountInfoFd);
     gMountInfoFd = -1;
     gMountsRead = false;

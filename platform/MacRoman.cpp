@@ -14,6 +14,8 @@
 
 namespace {
 
+/* Kept by PlatformResetAll: the descriptors are put back to their initial state before
+ * every use. */
 std::mutex gIconvLock;
 iconv_t gToUTF8 = (iconv_t)-1;
 iconv_t gFromUTF8 = (iconv_t)-1;

@@ -31,7 +31,8 @@ std::vector<OSType> gFronts;
 
 /* Events nobody took are freed when the process ends, so a test that leaves some
  * behind is not reported as leaking. Registered at the first kept event, that is after
- * the descriptor tables exist, so it runs before they are torn down. */
+ * the descriptor tables exist, so it runs before they are torn down; once per process
+ * (kept by PlatformResetAll). */
 bool gFreeAtExitRegistered = false;
 
 void FreeSentEventsAtExit(void)

@@ -7,6 +7,7 @@
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
+#include "platform/ServiceResets.h"
 #include "platform/Files.h"
 #include "platform/Toolbox.h"
 
@@ -44,6 +45,14 @@ void PlatformSetActivateHandler(PlatformActivateProc proc)
 
 } // extern "C"
 
+/* The bus is closed first: no name to give up. */
+void ResetCurrentProcess(void)
+{
+    gSignature = 0;
+    gActivateProc = nullptr;
+    gLastSerial = kCurrentSerial;
+}
+
 ProcessSerialNumber ProcessCurrentPSN(void)
 {
     return ProcessSerialNumber{0, kCurrentSerial};
@@ -64,7 +73,8 @@ std::string ProcessCurrentAppPath(void)
     const char *setting = PlatformSetting("TPX1_APP_PATH");
     if (setting && *setting) return setting;
     /* The executable of a running process does not change: read it once, not at every
-     * process query (each message asks several times whether a partner runs). */
+     * process query (each message asks several times whether a partner runs), and kept
+     * by PlatformResetAll. */
     static std::string executable;
     if (executable.empty()) {
         char path[PATH_MAX];
@@ -77,7 +87,8 @@ std::string ProcessCurrentAppPath(void)
 
 BusProcess BusSelfProcess(void)
 {
-    /* Asked at every look-up of this process; it never forks without exec'ing. */
+    /* Asked at every look-up of this process; it never forks without exec'ing. Kept by
+     * PlatformResetAll: the process's own. */
     static const int32_t pid = (int32_t)getpid();
     BusProcess self;
     self.psn = ProcessCurrentPSN();

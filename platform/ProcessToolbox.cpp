@@ -2,7 +2,8 @@
  * ProcessToolbox.cpp: the exported Process Manager calls (fault point, then the
  * installed process table) and the default table: the walk over the process list (one
  * for both buses, over the applications the bus lists), information, activation and
- * launching come from the selected bus; this process answers for itself.
+ * launching come from the selected bus (a launch without launchDontSwitch ends with
+ * the application activated); this process answers for itself.
  */
 #include "platform/AppleEventRecords.h"
 #include "platform/BusTransport.h"
@@ -106,6 +107,8 @@ OSErr DefaultLaunchApplication(LaunchParamBlockRec *block)
     err = BusCurrent()->xLaunch(path, document, expected, &psn);
     if (err) return err;
     block->launchProcessSN = psn;
+    /* Launched to the front unless told not to switch: once it is on the bus. */
+    if (!(block->launchControlFlags & launchDontSwitch)) BusCurrent()->xActivate(&psn);
     return noErr;
 }
 

@@ -59,6 +59,11 @@ typedef struct LaunchParamBlockRec {
     AppParameters *launchAppParameters;
 } LaunchParamBlockRec;
 
+/* Starts the application file and waits until it is on the bus; without launchDontSwitch
+ * in launchControlFlags it is then activated. procNotFound: a process was started (or an
+ * earlier copy, still starting, was waited for) but did not join the bus in time or
+ * ended first; a copy still starting is never started again. Any other error: nothing
+ * was started. */
 TPX1_API OSErr LaunchApplication(LaunchParamBlockRec *block);
 
 /* The host's identity: its signature (and so its bus name) and, optionally, a name. */

@@ -146,3 +146,9 @@ OSErr CopyResourceText(int16_t refNum, OSType type, int16_t id, int16_t index, c
 } // namespace
 
 const Tpx1ResourceMethods gLinuxResources = {LoadResourceFile, UnloadResourceFile, CopyResourceText};
+
+void ForgetAllResourceFiles(void)
+{
+    std::lock_guard<std::mutex> hold(gResLock);
+    gOpenResFiles.clear();
+}

@@ -7,6 +7,7 @@
  */
 #include "platform/Faults.h"
 #include "platform/ResourceStore.h"
+#include "platform/ServiceResets.h"
 
 #include <atomic>
 #include <cstring>
@@ -94,3 +95,11 @@ void GetIndString(StringPtr theString, int16_t strListID, int16_t index)
 }
 
 } // extern "C"
+
+void ResetResourceManager(void)
+{
+    gResources = &gLinuxResources;
+    ForgetAllResourceFiles();
+    gCurResFile = 0;
+    gResError = noErr;
+}

@@ -46,6 +46,13 @@ TPX1_API const Tpx1DialogMethods *PlatformInstallDialogs(const Tpx1DialogMethods
  * chooses again (tests set TPX1_DIALOG_LOG / TPX1_DIALOG_ANSWERS first). */
 TPX1_API void PlatformDialogReset(void);
 
+/* Puts every service back as a process starts, for harnesses, sweeps and fuzzing
+ * between runs: the default tables, no fault armed (TPX1_FAULTS is not read again), no
+ * handler and no queued event, the bus closed with D-Bus selected, no signature, no
+ * open file or resource file, the real clock, the dialog backend chosen again. What
+ * deliberately outlives it is listed in ResetAll.cpp. */
+TPX1_API void PlatformResetAll(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -29,7 +29,7 @@ void Plugin_External(long funcId, char **argHandle, char **resultHandle)
 
     OSErr err = EnsureHandleIsNullTerminated(argHandle);
     if (err != 0) {
-        ReportErrorToUser(-1, err);
+        ReportErrorToUser(kNoFunctionNumber, err);
         return;
     }
     if (funcId < 0 || funcId >= kFunctionCount)

@@ -15,14 +15,10 @@
 #include "store/Globals.h"
 #include "store/MessageLists.h"
 
-char gDeferredScript[kDoScriptSlots][kDoScriptNameSize];
-uint32_t gLastSentDoScriptTicks = 0;
-unsigned char gIdleReentryGuard = 0;
-
 long AddScriptToDoScriptQueue(const char *scriptName)
 {
     if (strlen(scriptName) > kDoScriptNameSize - 1)
-        return -1;
+        return kScriptNameTooLongErr;
     for (int i = 0; i < kDoScriptSlots; i++) {
         if (gDeferredScript[i][0] == 0) {
             strcpy(gDeferredScript[i], scriptName);
@@ -31,7 +27,7 @@ long AddScriptToDoScriptQueue(const char *scriptName)
         if (strcmp(gDeferredScript[i], scriptName) == 0)
             return 0;
     }
-    return -2;
+    return kQueueFullErr;
 }
 
 void ProcessDoScriptQueue(void)
@@ -40,7 +36,7 @@ void ProcessDoScriptQueue(void)
     strcpy(name, gDeferredScript[0]);
     if (name[0] != 0) {
         BringMeForward(kTopoluxSignature);
-        SendDoScript(name, GetGlobalInListAsOSType("App Signature"));
+        SendDoScript(name, GetGlobalInListAsOSType(kAppSignatureGlobal));
     }
     for (int i = 0; i < kDoScriptSlots - 1; i++)
         strcpy(gDeferredScript[i], gDeferredScript[i + 1]);
@@ -80,7 +76,7 @@ static bool WithinGracePeriod(uint32_t reference, uint32_t now)
 static void AnnounceWaitingMessage(void)
 {
     char script[256];
-    GetGlobalInListAsStr("Handle Message Script", script, sizeof script);
+    GetGlobalInListAsStr(kHandleMessageScriptGlobal, script, sizeof script);
     AddScriptToDoScriptQueue(script);
     gLastSentDoScriptTicks = TickCount();
     gHaveSendDoScriptAndWaitingForGetNextMessage = 1;

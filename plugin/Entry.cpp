@@ -2,14 +2,15 @@
  * Entry.cpp: what the host's one call into the plug-in does. The block's address is
  * saved for the host memory callbacks, the plug-in's resource file is current for the
  * length of the call, and the selector picks Init, Idle, External or Shutdown; every
- * other selector does nothing. The previous resource file is always put back.
+ * other selector does nothing. The previous resource file is always put back. Every
+ * call starts afresh as to partners that failed to come up (one launch per call).
  */
 #include "plugin/Plugin.h"
+#include "iac/Iac.h"
 #include "platform/Toolbox.h"
+#include "text/TextHandles.h"
 
-extern FMX_ExternCallBlock *gFMX_ExternCallPtr;
-
-enum { kMinHostVersion = 50, kMaxHostVersion = 255, kPluginAnswer = 51 };
+enum { kMinHostVersion = 50, kMaxHostVersion = 255, kPluginAnswer = 51, kRefusedHostAnswer = -1 };
 
 void RunHostCall(FMX_ExternCallBlock *block)
 {
@@ -18,6 +19,7 @@ void RunHostCall(FMX_ExternCallBlock *block)
     int16_t previousResFile = CurResFile();
     UseResFile(block->resFileRef);
     gFMX_ExternCallPtr = block;
+    ForgetFailedLaunches();
 
     switch (block->whichCall) {
     case kFMXT_Init:
@@ -25,7 +27,7 @@ void RunHostCall(FMX_ExternCallBlock *block)
             Plugin_Init(block->hostVersion);
             block->result.value = kPluginAnswer;
         } else {
-            block->result.value = -1;
+            block->result.value = kRefusedHostAnswer;
         }
         break;
     case kFMXT_Idle:

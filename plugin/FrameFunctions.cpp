@@ -1,8 +1,8 @@
 /*
- * FrameFunctions.cpp: the external functions that need no store of their own: the
- * version, the character functions, queuing a script by name, the message-handling
- * script and script menu names, the signatures outgoing messages carry, the start-up
- * document and the one-second wait.
+ * FrameFunctions.cpp: the plug-in's version text and the external functions that need
+ * no store of their own: the version, the character functions, queuing a script by
+ * name, the message-handling script and script menu names, the signatures outgoing
+ * messages carry, the start-up document and the one-second wait.
  */
 #include <cstring>
 
@@ -14,10 +14,17 @@
 #include "text/TextUtils.h"
 #include "ui/Alerts.h"
 
+const char kPluginVersionText[] = "TOPOLUX plugin ver 8.0";
+
+void GetVersionString(char *dest)
+{
+    strcpy(dest, kPluginVersionText);
+}
+
 void TPX1Version(long funcId, char **argHandle, char **resultHandle)
 {
     char buffer[256];
-    long err = GetGlobalInListAsStr("Plugin Version", buffer, sizeof buffer);
+    long err = GetGlobalInListAsStr(kPluginVersionGlobal, buffer, sizeof buffer);
     if (err != 0) {
         ReportErrorToUser(funcId, (short)err);
         return;
@@ -69,14 +76,14 @@ void TPX1SetMessageHandlingScriptTo(long funcId, char **argHandle, char **result
     strcpyFHandleToCStr(name, sizeof name, argHandle);
     if (name[0] == 0)
         return;
-    ReportErrorIfAny(funcId, SetGlobalFromStr("Handle Message Script", 1, name));
+    ReportErrorIfAny(funcId, SetGlobalFromStr(kHandleMessageScriptGlobal, 1, name));
 }
 
 void TPX1SetScriptMenuName(long funcId, char **argHandle, char **resultHandle)
 {
     char name[256];
     strcpyFHandleToCStr(name, sizeof name, argHandle);
-    ReportErrorIfAny(funcId, SetGlobalFromStr("Script Menu Name", 1, name));
+    ReportErrorIfAny(funcId, SetGlobalFromStr(kScriptMenuNameGlobal, 1, name));
 }
 
 /* "signature|psig". Only "App PSIG" is stored: "App Signature" stays what Init made it,
@@ -96,7 +103,7 @@ void TPX1SetSIGNPSIG(long funcId, char **argHandle, char **resultHandle)
     }
     char normalised[5];
     OSTypeToString(StringToOSType(psig), normalised);
-    SetGlobalFromStr("App PSIG", 1, normalised);
+    SetGlobalFromStr(kAppPsigGlobal, 1, normalised);
 }
 
 /* "path" or "path|reference file": "App DOC" becomes the resolved path, or the empty
@@ -120,7 +127,7 @@ void TPX1SetStartupDocument(long funcId, char **argHandle, char **resultHandle)
         SetResultsHandle(resultHandle, "Error: ResolvePossiblePartialPath returned an error");
         resolved[0] = 0;
     }
-    ReportErrorIfAny(funcId, SetGlobalFromStr("App DOC", 1, resolved));
+    ReportErrorIfAny(funcId, SetGlobalFromStr(kAppDocGlobal, 1, resolved));
 }
 
 /* Blocks the host for one second on purpose, ending early only if the tick count wraps. */

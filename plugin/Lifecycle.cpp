@@ -11,8 +11,6 @@
 #include "store/MessageLists.h"
 #include "text/TextUtils.h"
 
-unsigned char gDeferredInitDone = 0;
-
 void Plugin_Init(short hostVersion)
 {
     (void)hostVersion;
@@ -27,16 +25,16 @@ void Plugin_Init(short hostVersion)
     InitDataLists();
     ReopenIac();
 
-    SetGlobalFromStr("App Name", 1, appName);
-    SetGlobalFromStr("App Path", 1, appPath);
-    SetGlobalFromStr("App Folder with Delim", 1, appFolder);
-    SetGlobalFromStr("Error Dialogs", 1, "TRUE");
-    SetGlobalFromStr("Handle Message Script", 1, "TOPOLUX");
-    SetGlobalFromStr("Plugin Version", 1, kPluginVersionText);
-    SetGlobalFromStr("Script Menu Name", 1, "Scripts");
-    SetGlobalFromStr("App Signature", 1, signatureText);
-    SetGlobalFromStr("App PSIG", 1, signatureText);
-    SetGlobalFromStr("App DOC", 1, "");
+    SetGlobalFromStr(kAppNameGlobal, 1, appName);
+    SetGlobalFromStr(kAppPathGlobal, 1, appPath);
+    SetGlobalFromStr(kAppFolderGlobal, 1, appFolder);
+    SetGlobalFromStr(kErrorDialogsGlobal, 1, "TRUE");
+    SetGlobalFromStr(kHandleMessageScriptGlobal, 1, "TOPOLUX");
+    SetGlobalFromStr(kPluginVersionGlobal, 1, kPluginVersionText);
+    SetGlobalFromStr(kScriptMenuNameGlobal, 1, "Scripts");
+    SetGlobalFromStr(kAppSignatureGlobal, 1, signatureText);
+    SetGlobalFromStr(kAppPsigGlobal, 1, signatureText);
+    SetGlobalFromStr(kAppDocGlobal, 1, "");
 }
 
 void Plugin_Shutdown(void)

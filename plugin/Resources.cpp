@@ -3,13 +3,10 @@
  * feature string hosts read (STR# 128), the display names of the external functions
  * (STR# 144, index = id + 1, from ExternalFunctions.def), the dialog captions (STR# 15000) and the layout of the
  * message dialog (DLOG 23005). The build writes the same table beside the plug-in as
- * tpx1.fmx.rsrc; a lookup tries the current resource file first and then this table, so
- * the plug-in keeps working when the host hands it a reference that names no open file.
+ * tpx1.fmx.rsrc; the dialogs fall back on it (ui/PluginResources.cpp) when the current
+ * resource file lacks an item.
  */
-#include <cstring>
-
-#include "plugin/Plugin.h"
-#include "platform/Toolbox.h"
+#include "ui/PluginResources.h"
 
 #define STRL FOUR_CHAR('S', 'T', 'R', '#')
 #define DLOG FOUR_CHAR('D', 'L', 'O', 'G')
@@ -38,21 +35,3 @@ const ResourceItem gPluginResources[] = {
 };
 
 const int gPluginResourceCount = (int)(sizeof gPluginResources / sizeof gPluginResources[0]);
-
-bool GetPluginResourceText(OSType type, short id, short index, char *dest, long destSize)
-{
-    if (dest == nullptr || destSize <= 0)
-        return false;
-    if (GetResourceText(type, id, index, dest, (int32_t)destSize) == noErr)
-        return true;
-    for (int i = 0; i < gPluginResourceCount; i++) {
-        const ResourceItem *item = &gPluginResources[i];
-        if (item->type == type && item->id == id && item->index == index) {
-            strncpy(dest, item->text, (size_t)destSize - 1);
-            dest[destSize - 1] = 0;
-            return true;
-        }
-    }
-    dest[0] = 0;
-    return false;
-}

@@ -29,19 +29,3 @@ void TakeOldestArchivedMessage(void)
         gArchivedIncomingMessageParameterDataNodeList[i - 1] = gArchivedIncomingMessageParameterDataNodeList[i];
     gArchivedIncomingMessageParameterDataNodeList[kArchiveSlotCount - 1] = nullptr;
 }
-
-OSErr ArchiveMessageForTesting(const char *const *keywordValuePairs, int pairCount)
-{
-    int slot = FirstFreeArchiveSlot();
-    if (slot < 0)
-        return -33;
-    DataNode **head = &gArchivedIncomingMessageParameterDataNodeList[slot];
-    for (int i = 0; i < pairCount; i++) {
-        long err = SetDataFromStr(keywordValuePairs[2 * i], 0, keywordValuePairs[2 * i + 1], head);
-        if (err) {
-            DisposeDataList(head);
-            return (OSErr)err;
-        }
-    }
-    return noErr;
-}

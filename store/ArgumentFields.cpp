@@ -7,6 +7,7 @@
 
 #include <cstring>
 
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 enum { kFieldBufferSize = 256, kNoDupesFieldLength = 7 };
@@ -22,7 +23,7 @@ OSErr SplitNameAndValue(char **argument, char *name, long *valueOffset)
         *bar = 0;
     strcpy(name, text);
     if (!bar)
-        return -222;
+        return kNoBarErr;
     *valueOffset = (long)(bar - text) + 1;
     return EnsureHandleIsNullTerminated(argument);
 }

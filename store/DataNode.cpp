@@ -1,5 +1,5 @@
 /*
- * DataNode.cpp: the list heads and the list operations that do not set values: look
+ * DataNode.cpp: the list operations that do not set values: look
  * up, remove, rename, read, attach and enable scripts, dispose. Nodes are host pointer
  * blocks, values host handles; removing a node frees its value first, then the node.
  */
@@ -7,14 +7,8 @@
 
 #include <cstring>
 
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
-
-DataNode *gUserGlobalsDataNodeList = nullptr;
-DataNode *gOutgoingUserMessageParameterDataNodeList = nullptr;
-DataNode *gOutgoingStdBevaviorMessageParameterDataNodeList = nullptr;
-DataNode *gIncomingMessageParameterDataNodeList = nullptr;
-DataNode *gArchivedIncomingMessageParameterDataNodeList[kArchiveSlotCount];
-char gNameOfGlobalThatTriggeredScript[256];
 
 static const char kAllUserNodes[] = "*";
 
@@ -70,14 +64,14 @@ DataNode *FindDataNodeInList(const char *name, DataNode *first)
 long RemoveDataFromList(const char *name, DataNode **head)
 {
     if (!name || !head)
-        return -1;
+        return kMissingErr;
     bool all = strcmp(name, kAllUserNodes) == 0;
     DataNode **link = head;
     while (*link) {
         DataNode *node = *link;
         bool named = strcmp(node->name, name) == 0;
         if (named && node->isSystem)
-            return -117;
+            return kReservedGlobalErr;
         if ((named || all) && !node->isSystem) {
             *link = node->next;
             DisposeDataNode(node);
@@ -113,7 +107,7 @@ long AttachScriptToDataInList(const char *name, const char *scriptName, DataNode
 {
     DataNode *node = FindDataNodeInList(name, first);
     if (!node)
-        return -2802;
+        return kNoSuchGlobalErr;
     CopyNodeName(node->scriptName, scriptName);
     return noErr;
 }
@@ -122,9 +116,9 @@ long SetEnableOfDataScriptInList(const char *name, unsigned char enabled, DataNo
 {
     DataNode *node = FindDataNodeInList(name, first);
     if (!node)
-        return -2802;
+        return kNoSuchGlobalErr;
     if (node->scriptName[0] == 0)
-        return -1;
+        return kMissingErr;
     node->scriptEnabled = enabled;
     return noErr;
 }

@@ -20,12 +20,12 @@ struct DataNode {
 
 enum { kArchiveSlotCount = 20 };
 
-extern DataNode *gUserGlobalsDataNodeList;
-extern DataNode *gOutgoingUserMessageParameterDataNodeList;
-extern DataNode *gOutgoingStdBevaviorMessageParameterDataNodeList;
-extern DataNode *gIncomingMessageParameterDataNodeList;
-extern DataNode *gArchivedIncomingMessageParameterDataNodeList[kArchiveSlotCount];
-extern char gNameOfGlobalThatTriggeredScript[256];
+extern DataNode *&gUserGlobalsDataNodeList;
+extern DataNode *&gOutgoingUserMessageParameterDataNodeList;
+extern DataNode *&gOutgoingStdBevaviorMessageParameterDataNodeList;
+extern DataNode *&gIncomingMessageParameterDataNodeList;
+extern DataNode *(&gArchivedIncomingMessageParameterDataNodeList)[kArchiveSlotCount];
+extern char (&gNameOfGlobalThatTriggeredScript)[256];
 
 void InitDataLists(void);
 void DisposeDataList(DataNode **head);
@@ -41,5 +41,11 @@ long GetDataListInfo(char **optionsHandle, char **resultHandle, DataNode *first)
 DataNode *FindDataNodeInList(const char *name, DataNode *first);
 /* Copies at most 255 characters of src (null reads as empty) into a 256-byte name field. */
 void CopyNodeName(char *field, const char *src);
+
+/* The frame's DoScript queue (plugin/DoScript.cpp), which a change of a node with an
+ * enabled attached script feeds. Declared here so that the stores need nothing of the
+ * frame's headers. 0 queued, or one of its refusals. */
+enum { kScriptNameTooLongErr = -1, kQueueFullErr = -2 };
+long AddScriptToDoScriptQueue(const char *scriptName);
 
 #endif

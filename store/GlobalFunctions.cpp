@@ -8,12 +8,12 @@
 #include <cstring>
 
 #include "store/DataNode.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
 enum { kNameBufferSize = 256 };
 
-static const char kAppSignatureGlobal[] = "App Signature";
 
 /* The argument as a name of at most 255 characters. */
 static void ArgumentAsName(char **argHandle, char *name)
@@ -71,13 +71,13 @@ void TPX1AttachScriptToGlobal(long funcId, char **argHandle, char **resultHandle
     long scriptOffset = 0;
     OSErr err = SplitNameAndValue(argHandle, name, &scriptOffset);
     if (name[0] == 0) {
-        err = -2802;
-    } else if (err == -222) {
-        err = -1;
+        err = kNoSuchGlobalErr;
+    } else if (err == kNoBarErr) {
+        err = kMissingErr;
     } else if (err == noErr) {
         LockFHandle(argHandle);
         const char *script = *argHandle + scriptOffset;
-        err = script[0] ? AttachScriptToGlobalInList(name, script) : -1;
+        err = script[0] ? AttachScriptToGlobalInList(name, script) : kMissingErr;
         UnlockFHandle(argHandle);
     }
     ReportErrorIfAny(funcId, err);

@@ -8,6 +8,18 @@
 
 #include "platform/MacTypes.h"
 
+/* The reserved globals, which Init creates in this order as system nodes. */
+inline constexpr char kAppNameGlobal[] = "App Name";
+inline constexpr char kAppPathGlobal[] = "App Path";
+inline constexpr char kAppFolderGlobal[] = "App Folder with Delim";
+inline constexpr char kErrorDialogsGlobal[] = "Error Dialogs";
+inline constexpr char kHandleMessageScriptGlobal[] = "Handle Message Script";
+inline constexpr char kPluginVersionGlobal[] = "Plugin Version";
+inline constexpr char kScriptMenuNameGlobal[] = "Script Menu Name";
+inline constexpr char kAppSignatureGlobal[] = "App Signature";
+inline constexpr char kAppPsigGlobal[] = "App PSIG";
+inline constexpr char kAppDocGlobal[] = "App DOC";
+
 OSErr SetGlobalFromStr(const char *name, unsigned char isSystem, const char *text);
 OSErr SetGlobalInList(const char *name, unsigned char isSystem, char **handle);
 OSErr AppendToGlobalInList(const char *name, unsigned char isSystem, bool noDupes, char **handle);

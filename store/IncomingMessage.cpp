@@ -4,6 +4,7 @@
  */
 #include "store/MessageLists.h"
 
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 void DisposeIncomingMessageParameterList(void)
@@ -34,6 +35,6 @@ OSErr GetIncomingMessageParameterInListAsResultHandle(const char *keyword, char 
 {
     OSErr err = CopyFHandleToResultHandle(GetTheIncomingMessageParameterDataHandleFromList_NotACopy(keyword), result);
     if (err == noErr && gIncomingMessageParameterDataNodeList == nullptr)
-        err = -2802;
+        err = kNoSuchGlobalErr;
     return err;
 }

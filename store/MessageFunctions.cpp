@@ -10,11 +10,6 @@
 #include "text/TextHandles.h"
 #include "ui/Alerts.h"
 
-uint32_t gLastSetParameterCallTicks = 0;
-uint32_t gLastGetParameterCallTicks = 0;
-uint32_t gLastGetNextMessageCallTicks = 0;
-unsigned char gHaveSendDoScriptAndWaitingForGetNextMessage = 0;
-unsigned char gHaveGottenAnIncomingMessageButNotClearedIt = 0;
 
 enum { kKeywordBufferSize = 256, kUserList = 1 };
 

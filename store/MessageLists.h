@@ -10,11 +10,11 @@
 #include "platform/MacTypes.h"
 #include "store/DataNode.h"
 
-extern uint32_t gLastSetParameterCallTicks;
-extern uint32_t gLastGetParameterCallTicks;
-extern uint32_t gLastGetNextMessageCallTicks;
-extern unsigned char gHaveSendDoScriptAndWaitingForGetNextMessage;
-extern unsigned char gHaveGottenAnIncomingMessageButNotClearedIt;
+extern uint32_t &gLastSetParameterCallTicks;
+extern uint32_t &gLastGetParameterCallTicks;
+extern uint32_t &gLastGetNextMessageCallTicks;
+extern unsigned char &gHaveSendDoScriptAndWaitingForGetNextMessage;
+extern unsigned char &gHaveGottenAnIncomingMessageButNotClearedIt;
 
 DataNode **OutgoingListHead(short which);   /* NULL for a selector other than 1 or 2 */
 void DisposeOutgoingMessageParameterList(short which);
@@ -38,9 +38,6 @@ char **GetTheIncomingMessageParameterDataHandleFromList_NotACopy(const char *key
 bool AnyArchivedMessage(void);
 int FirstFreeArchiveSlot(void);              /* -1 when all 20 are taken */
 void TakeOldestArchivedMessage(void);        /* slot 0 -> incoming, slots shift down */
-/* Test hook: stores a message of (keyword, value) pairs in the first free slot, as a
- * received message would be stored. Returns 0, -33 when full, or -108. */
-OSErr ArchiveMessageForTesting(const char *const *keywordValuePairs, int pairCount);
 
 void TPX1ClearOutgoingMessage(long funcId, char **argHandle, char **resultHandle);
 void TPX1SetParameter(long funcId, char **argHandle, char **resultHandle);

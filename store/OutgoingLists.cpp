@@ -5,10 +5,11 @@
  */
 #include "store/MessageLists.h"
 
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 #include "text/TextUtils.h"
 
-enum { kCodeTextSize = 256, kBadSelector = -2 };
+enum { kCodeTextSize = 256 };
 
 DataNode **OutgoingListHead(short which)
 {
@@ -30,7 +31,7 @@ OSErr SetOutgoingMessageParameterFromStr(const char *keyword, const char *text, 
 {
     DataNode **head = OutgoingListHead(which);
     if (!head)
-        return kBadSelector;
+        return kNoListOrSignatureErr;
     return (OSErr)SetDataFromStr(keyword, 0, text, head);
 }
 
@@ -38,7 +39,7 @@ OSErr SetOutgoingMessageParameterInList(const char *keyword, char **handle, shor
 {
     DataNode **head = OutgoingListHead(which);
     if (!head)
-        return kBadSelector;
+        return kNoListOrSignatureErr;
     return (OSErr)SetDataInList(keyword, 0, handle, head, false, false);
 }
 
@@ -46,7 +47,7 @@ OSErr AppendToOutgoingMessageParameterInList(const char *keyword, bool noDupes, 
 {
     DataNode **head = OutgoingListHead(which);
     if (!head)
-        return kBadSelector;
+        return kNoListOrSignatureErr;
     return (OSErr)SetDataInList(keyword, 0, handle, head, true, noDupes);
 }
 
@@ -54,7 +55,7 @@ OSErr RemoveOutgoingMessageParameterFromList(const char *keyword, short which)
 {
     DataNode **head = OutgoingListHead(which);
     if (!head)
-        return kBadSelector;
+        return kNoListOrSignatureErr;
     return (OSErr)RemoveDataFromList(keyword, head);
 }
 
@@ -70,7 +71,7 @@ long GetOutgoingMessageParameterInListAsStr(const char *keyword, char *buffer, l
     if (buffer && size > 0)
         buffer[0] = 0;
     if (!OutgoingListHead(which))
-        return kBadSelector;
+        return kNoListOrSignatureErr;
     char **data = GetTheOutgoingMessageParameterDataHandleFromList_NotACopy(keyword, which);
     return strcpyFHandleToCStr(buffer, size, data) >= size ? 1 : 0;
 }

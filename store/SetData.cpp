@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "plugin/Plugin.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 /* A zero-filled node at the tail of the list; null when out of memory. */
@@ -50,7 +50,7 @@ static void ForgetFailedWrite(DataNode **link, DataNode *node, bool madeNode, bo
 long SetDataInList(const char *name, unsigned char isSystem, char **newData, DataNode **head, bool append, bool noDupes)
 {
     if (!name || !head || !newData)
-        return -1;
+        return kMissingErr;
     OSErr err = EnsureHandleIsNullTerminated(newData);
     if (err)
         return err;

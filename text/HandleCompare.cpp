@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "text/ErrorCodes.h"
+
 int strcmpFHandles(char **a, char **b)
 {
     long lengthA = GetFHandleSize(a);
@@ -39,7 +41,7 @@ enum { kMaxMergeLine = 510 };
 OSErr MergeHandleContents(char **h, char *lines)
 {
     if (!h || !lines)
-        return -1;
+        return kMissingErr;
     if (lines[strspn(lines, "\r")] == 0)
         return noErr;   /* no line at all: nothing to look for */
     long size = GetFHandleSize(h);
@@ -68,7 +70,7 @@ OSErr MergeHandleContents(char **h, char *lines)
     for (char *line = strtok(lines, "\r"); line; line = strtok(nullptr, "\r")) {
         size_t len = strlen(line);
         if (len > kMaxMergeLine) {
-            err = -345;
+            err = kLineTooLongErr;
             break;
         }
         char piece[kMaxMergeLine + 2];

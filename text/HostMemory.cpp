@@ -4,6 +4,7 @@
  * a null handle reads as size 0 and is ignored by the other operations.
  */
 #include "text/TextHandles.h"
+#include "text/ErrorCodes.h"
 
 char **NewFHandle(long size)
 {
@@ -54,7 +55,7 @@ void DisposeFPointer(void *p)
 OSErr SetFHandleSize(char **h, long size)
 {
     if (!h)
-        return -1;
+        return kMissingErr;
     gFMX_ExternCallPtr->setHandleSize(h, (int32_t)size);
     return GetFHandleSize(h) == size ? noErr : memFullErr;
 }

@@ -4,9 +4,7 @@
  * lines reads the text once.
  */
 #include "text/TextUtils.h"
-
-static const char *gLineCursor = nullptr;
-static long gLineCursorLine = 0;
+#include "text/TextState.h"
 
 long NumLinesInText(const char *text)
 {

@@ -7,10 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 
-char gReturnString[4];
-char gIbmReturnString[4];
-char gMacReturnString[4];
-
 char *ReturnString(void)
 {
     strcpy(gReturnString, "\r");

@@ -7,6 +7,8 @@
 
 #include <cstring>
 
+#include "text/ErrorCodes.h"
+
 /* Whether the handle's last byte is NUL; false for an empty or null handle. */
 static bool HandleEndsWithNul(char **h, long size)
 {
@@ -31,7 +33,7 @@ static void WriteIntoHandle(char **h, long offset, const void *src, long count)
 OSErr SetResultsHandle(char **h, const char *text)
 {
     if (!h)
-        return -1;
+        return kMissingErr;
     if (!text)
         return noErr;
     long len = (long)strlen(text);
@@ -45,7 +47,7 @@ OSErr SetResultsHandle(char **h, const char *text)
 OSErr SetHandleContentsAndIncludeTerminator(char **h, const char *text)
 {
     if (!h)
-        return -1;
+        return kMissingErr;
     if (!text)
         text = "";
     long len = (long)strlen(text);
@@ -59,7 +61,7 @@ OSErr SetHandleContentsAndIncludeTerminator(char **h, const char *text)
 OSErr CatHandleContents(char **h, const char *text)
 {
     if (!h || !text)
-        return -1;
+        return kMissingErr;
     long size = GetFHandleSize(h);
     bool terminated = true;
     if (size == 0)
@@ -83,11 +85,11 @@ OSErr CatHandleContents(char **h, const char *text)
 OSErr AppendStructToHandle(char **h, const void *data, long count)
 {
     if (!h)
-        return -1;
+        return kMissingErr;
     if (count <= 0)
         return noErr;
     if (!data)
-        return -1;
+        return kMissingErr;
     long size = GetFHandleSize(h);
     OSErr err = SetFHandleSize(h, size + count);
     if (err)
@@ -99,7 +101,7 @@ OSErr AppendStructToHandle(char **h, const void *data, long count)
 OSErr EnsureHandleIsNullTerminated(char **h)
 {
     if (!h)
-        return -1;
+        return kMissingErr;
     long size = GetFHandleSize(h);
     if (size > 1 && HandleEndsWithNul(h, size))
         return noErr;
@@ -126,7 +128,7 @@ void RemoveTrailingNullTerminator(char **h)
 OSErr CopyFHandleToResultHandle(char **from, char **to)
 {
     if (!to)
-        return -1;
+        return kMissingErr;
     long size = GetFHandleSize(from);
     long len = HandleEndsWithNul(from, size) ? size - 1 : size;
     OSErr err = SetFHandleSize(to, len);

@@ -7,10 +7,10 @@
 #ifndef TPX1_TEXTHANDLES_H
 #define TPX1_TEXTHANDLES_H
 
-#include "plugin/FMXExtern.h"
+#include "text/FMXExtern.h"
 #include "platform/MacTypes.h"
 
-extern FMX_ExternCallBlock *gFMX_ExternCallPtr;
+extern FMX_ExternCallBlock *&gFMX_ExternCallPtr;
 
 /* Host memory primitives (null-safe where it makes sense: a null handle has size 0). */
 char **NewFHandle(long size);

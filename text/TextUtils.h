@@ -9,9 +9,9 @@
 
 #include "platform/MacTypes.h"
 
-extern char gReturnString[4];
-extern char gIbmReturnString[4];
-extern char gMacReturnString[4];
+extern char (&gReturnString)[4];
+extern char (&gIbmReturnString)[4];
+extern char (&gMacReturnString)[4];
 
 char *ReturnString(void);
 char *MacReturnString(void);

@@ -12,8 +12,7 @@
 enum {
     kFunctionNames = 144,
     kReportSlotSize = 256,
-    kAlertTextSize = 2048,
-    kMemFull = -108
+    kAlertTextSize = 2048
 };
 
 static const char kFunctionSentenceStart[] = "An error occurred in the plug-in function ";
@@ -57,7 +56,7 @@ void ReportErrorAndMsgToUser(long functionNumber, short error, const char *messa
         AppendCut(slots[used], kReportSlotSize, ".");
         used++;
     }
-    if (error == kMemFull) {
+    if (error == memFullErr) {
         AppendCut(slots[used], kReportSlotSize, kMemorySentence);
     } else if (error != 0) {
         char number[24];

@@ -16,6 +16,8 @@ short LayoutVariableDlg(char kind, const char *text, const char *button1, const 
                         const char *button3, DialogSpec *theSpec, char *caption, long captionSize);
 short VariableDlg(char kind, const char *text, const char *button1, const char *button2, const char *button3);
 
+/* A negative function number reports the error without naming a function. */
+enum { kNoFunctionNumber = -1 };
 void ReportErrorToUser(long functionNumber, short error);
 /* ReportErrorToUser when error is not 0 (narrowed to 16 bits). */
 void ReportErrorIfAny(long functionNumber, long error);

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "plugin/Plugin.h"
 #include "text/TextUtils.h"
+#include "ui/PluginResources.h"
 
 enum { kToolboxStringSize = 256 };
 

@@ -21,8 +21,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "plugin/Plugin.h"
+#include "text/ErrorCodes.h"
 #include "text/TextUtils.h"
+#include "ui/PluginResources.h"
 
 enum {
     kVariableDlgID = 23005,
@@ -144,7 +145,7 @@ short LayoutVariableDlg(char kind, const char *text, const char *button1, const 
 
     DlogLayout layout;
     if (!LoadDlogLayout(&layout))
-        return -1;
+        return kMissingErr;
     theSpec->window = layout.window;
     theSpec->textItem = layout.items[kItemText];
     for (int i = 0; i < 3; i++)
@@ -180,6 +181,6 @@ short VariableDlg(char kind, const char *text, const char *button1, const char *
     if (theSpec.beep)
         SysBeep(5);
     if (err)
-        return -1;
+        return kMissingErr;
     return RunModalDialog(&theSpec);
 }

@@ -22,6 +22,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/TestHooks.h"
 #include "host/HostCore.h"
 #include "plugin/Plugin.h"
 #include "store/MessageLists.h"

@@ -4,8 +4,8 @@
  */
 #include <cstdio>
 
-#include "plugin/Plugin.h"
 #include "platform/Toolbox.h"
+#include "ui/PluginResources.h"
 
 static void WriteEscaped(FILE *out, const char *macRoman)
 {

@@ -6,10 +6,12 @@
 #include <cstring>
 
 #include "host/HostCore.h"
+#include "plugin/CoreState.h"
 #include "text/TextHandles.h"
 
 void CoreHostTest::SetUp()
 {
+    ResetCoreState();
     HostMemoryInstall(&block);
     gFMX_ExternCallPtr = &block;
     HostMemorySetFailure(0, kHostFailOff);

@@ -12,9 +12,6 @@
 void StoreTest::SetUp()
 {
     CoreHostTest::SetUp();
-    InitDataLists();
-    memset(gDeferredScript, 0, sizeof gDeferredScript);
-    gNameOfGlobalThatTriggeredScript[0] = 0;
     PlatformDialogUseRecorder();
     PlatformDialogClearRecord();
 }

@@ -7,7 +7,9 @@
 #include <functional>
 
 #include "StoreTestHost.h"
+#include "fuzz/TestHooks.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 class DataNodeTest : public StoreTest {
@@ -87,7 +89,7 @@ TEST_F(DataNodeTest, AppendWithAndWithoutDuplicates)
     EXPECT_EQ(Bytes(bare), std::string("abc\0", 4));
     EXPECT_EQ(Value("q", list), "abc");
     DisposeFHandle(bare);
-    EXPECT_EQ(SetDataInList("q", 0, nullptr, &list, false, false), -1);
+    EXPECT_EQ(SetDataInList("q", 0, nullptr, &list, false, false), kMissingErr);
 }
 
 TEST_F(DataNodeTest, RemoveAttachAndEnable)
@@ -97,7 +99,7 @@ TEST_F(DataNodeTest, RemoveAttachAndEnable)
     Set("sys2", "c", 1);
     Set("u2", "d");
     Set("u3", "e");
-    EXPECT_EQ(RemoveDataFromList("sys2", &list), -117);
+    EXPECT_EQ(RemoveDataFromList("sys2", &list), kReservedGlobalErr);
     EXPECT_EQ(Describe(list), "sys1=a;u1=b;sys2=c;u2=d;u3=e;");
     EXPECT_EQ(RemoveDataFromList("missing", &list), 0);
     EXPECT_EQ(RemoveDataFromList("u2", &list), 0);
@@ -105,10 +107,10 @@ TEST_F(DataNodeTest, RemoveAttachAndEnable)
     EXPECT_EQ(RemoveDataFromList("*", &list), 0);
     EXPECT_EQ(Describe(list), "sys1=a;sys2=c;");
 
-    EXPECT_EQ(SetEnableOfDataScriptInList("sys1", 1, list), -1);
-    EXPECT_EQ(SetEnableOfDataScriptInList("nope", 1, list), -2802);
-    EXPECT_EQ(SetEnableOfDataScriptInList("nope", 1, nullptr), -2802);
-    EXPECT_EQ(AttachScriptToDataInList("nope", "S", list), -2802);
+    EXPECT_EQ(SetEnableOfDataScriptInList("sys1", 1, list), kMissingErr);
+    EXPECT_EQ(SetEnableOfDataScriptInList("nope", 1, list), kNoSuchGlobalErr);
+    EXPECT_EQ(SetEnableOfDataScriptInList("nope", 1, nullptr), kNoSuchGlobalErr);
+    EXPECT_EQ(AttachScriptToDataInList("nope", "S", list), kNoSuchGlobalErr);
     EXPECT_EQ(AttachScriptToDataInList("sys1", std::string(300, 's').c_str(), list), 0);
     EXPECT_EQ(strlen(list->scriptName), 255u);
     EXPECT_EQ(SetEnableOfDataScriptInList("sys1", 1, list), 0);
@@ -135,7 +137,7 @@ static void FailEveryAllocation(DataNode **list, const std::function<long()> &op
             EXPECT_GT(n, 1) << "the operation allocated nothing";
             return;
         }
-        EXPECT_EQ(err, -108) << "allocation " << n;
+        EXPECT_EQ(err, memFullErr) << "allocation " << n;
         check(n, StoreTest::Describe(*list));
     }
     ADD_FAILURE() << "never succeeded";

@@ -3,8 +3,10 @@
  * through the external functions and the selector-based operations.
  */
 #include "StoreTestHost.h"
+#include "fuzz/TestHooks.h"
 #include "platform/Toolbox.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 class MessageListsTest : public StoreTest {
 protected:
@@ -65,7 +67,7 @@ TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
     for (int i = 0; i < kArchiveSlotCount; i++)
         Archive("FULL", "x");
     const char *pairs[] = {"MSSG", "OVER"};
-    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), -33);
+    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), kArchiveFullErr);
     EXPECT_EQ(FirstFreeArchiveSlot(), -1);
     TakeOldestArchivedMessage();
     EXPECT_EQ(FirstFreeArchiveSlot(), kArchiveSlotCount - 1);

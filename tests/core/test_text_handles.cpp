@@ -6,6 +6,7 @@
 #include <string>
 
 #include "CoreTestHost.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 using namespace std::string_literals;
@@ -48,7 +49,7 @@ TEST_F(TextHandlesTest, CatKeepsTheTerminatorState)
     EXPECT_EQ(Bytes(terminated), "abc\0"s);
     EXPECT_EQ(CatHandleContents(bare, "bc"), 0);
     EXPECT_EQ(Bytes(bare), "abc");
-    EXPECT_EQ(CatHandleContents(bare, nullptr), -1);
+    EXPECT_EQ(CatHandleContents(bare, nullptr), kMissingErr);
     EXPECT_EQ(CatHandleContents(nullptr, "x"), -1);
 
     HostMemorySetFailure(1, kHostFailOnce);
@@ -77,7 +78,7 @@ TEST_F(TextHandlesTest, TerminatorAddedAndRemoved)
     EXPECT_EQ(Bytes(h), "ab\0"s);
     EXPECT_EQ(EnsureHandleIsNullTerminated(h), 0);
     EXPECT_EQ(Bytes(h), "ab\0"s);
-    EXPECT_EQ(EnsureHandleIsNullTerminated(nullptr), -1);
+    EXPECT_EQ(EnsureHandleIsNullTerminated(nullptr), kMissingErr);
 
     EXPECT_EQ(CatHandleContents(h, "\0"), 0);      /* no-op append keeps one NUL */
     EXPECT_EQ(Bytes(h), "ab\0"s);
@@ -124,7 +125,7 @@ TEST_F(TextHandlesTest, CopyToCStringAndResult)
     EXPECT_EQ(Bytes(result), "abc");
     EXPECT_EQ(CopyFHandleToResultHandle(nullptr, result), 0);
     EXPECT_EQ(Bytes(result), "");
-    EXPECT_EQ(CopyFHandleToResultHandle(h, nullptr), -1);
+    EXPECT_EQ(CopyFHandleToResultHandle(h, nullptr), kMissingErr);
     HostDisposeHandle(result);
     DisposeFHandle(h);
     DisposeFHandle(bare);
@@ -141,12 +142,12 @@ TEST_F(TextHandlesTest, MergeAddsOnlyMissingLines)
     EXPECT_EQ(MergeHandleContents(h, contained), 0);
     EXPECT_EQ(Bytes(h), "one\rtwo\rthree\r\0"s);
     std::string longLine(511, 'q');
-    EXPECT_EQ(MergeHandleContents(h, longLine.data()), -345);
+    EXPECT_EQ(MergeHandleContents(h, longLine.data()), kLineTooLongErr);
     std::string maxLine(510, 'q');
     EXPECT_EQ(MergeHandleContents(h, maxLine.data()), 0);
     EXPECT_EQ(Bytes(h).size(), 15u + 511u);
-    EXPECT_EQ(MergeHandleContents(nullptr, lines), -1);
-    EXPECT_EQ(MergeHandleContents(h, nullptr), -1);
+    EXPECT_EQ(MergeHandleContents(nullptr, lines), kMissingErr);
+    EXPECT_EQ(MergeHandleContents(h, nullptr), kMissingErr);
     DisposeFHandle(h);
 }
 

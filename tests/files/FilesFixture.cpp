@@ -10,7 +10,7 @@
 
 #include "files/Paths.h"
 #include "host/HostCore.h"
-#include "plugin/Plugin.h"
+#include "plugin/CoreState.h"
 #include "platform/Faults.h"
 #include "platform/Files.h"
 #include "platform/Toolbox.h"
@@ -33,13 +33,12 @@ void FilesTest::SetUp()
     WriteFile("Apps/FakeHost", "");
     setenv("TPX1_APP_PATH", Posix("Apps/FakeHost").c_str(), 1);
 
+    ResetCoreState();
     HostMemoryInstall(&block_);
     gFMX_ExternCallPtr = &block_;
     PlatformFaultClearAll();
     PlatformDialogUseRecorder();
     PlatformDialogClearRecord();
-    ResetPathState();
-    InitDataLists();
     char folder[256];
     GetAppFolderPathWithDelimiter(folder);
     SetGlobalFromStr("App Folder with Delim", 1, folder);
@@ -52,7 +51,7 @@ void FilesTest::TearDown()
     PlatformFaultClearAll();
     PlatformClockUseReal();
     PlatformDialogUseDefault();
-    ResetPathState();
+    ResetCoreState();
     unsetenv("TPX1_APP_PATH");
     std::error_code ignored;
     std::filesystem::permissions(root_, std::filesystem::perms::owner_all, ignored);

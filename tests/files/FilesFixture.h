@@ -12,7 +12,8 @@
 #include <vector>
 
 #include "plugin/ExternalIds.h"
-#include "plugin/FMXExtern.h"
+#include "platform/Files.h"
+#include "text/FMXExtern.h"
 
 /* True when one of the texts contains part. */
 inline bool Contains(const std::vector<std::string> &texts, const std::string &part)
@@ -53,5 +54,11 @@ protected:
     std::string root_;
     std::string classicRoot_;
 };
+
+/* Where the file system keeps no Finder information (no user extended attributes), type
+ * and creator read as zero: a test that checks them says it skipped them. */
+#define SKIP_WITHOUT_FINDER_INFO(info)                                                              \
+    if ((info).fdType == 0)                                                                         \
+    GTEST_SKIP() << "the file system keeps no Finder information: type and creator not checked"
 
 #endif

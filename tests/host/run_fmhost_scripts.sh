@@ -8,27 +8,9 @@
 set -u
 fmhost=$1
 shift
-work=$(mktemp -d /tmp/fmhost-scripts.XXXXXX) || exit 2
-bus_pid=
-cleanup() {
-    [ -n "$bus_pid" ] && kill "$bus_pid" 2>/dev/null
-    rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
-
-if command -v dbus-daemon >/dev/null 2>&1; then
-    if dbus-daemon --session --address="unix:dir=$work" --print-address=1 --print-pid=1 --fork \
-            > "$work/bus" 2>/dev/null; then
-        address=$(sed -n 1p "$work/bus")
-        bus_pid=$(sed -n 2p "$work/bus")
-    else
-        address=
-    fi
-    if [ -n "$address" ]; then
-        DBUS_SESSION_BUS_ADDRESS=$address
-        export DBUS_SESSION_BUS_ADDRESS
-    fi
-fi
+work_name=fmhost-scripts
+. "$(dirname "$0")/../common/private-bus.sh"
+private_bus
 
 total=0
 failed=0

@@ -9,7 +9,7 @@
 #include <fstream>
 
 #include "iac/IacTables.h"
-#include "plugin/Plugin.h"
+#include "plugin/CoreState.h"
 #include "platform/EventService.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
@@ -69,6 +69,7 @@ std::string IacTempFolder::Classic(const std::string &relative) const
 
 void IacTest::SetUp()
 {
+    ResetCoreState();
     HostMemoryInstall(&block);
     gFMX_ExternCallPtr = &block;
     PlatformBusUseMemory();
@@ -76,13 +77,11 @@ void IacTest::SetUp()
     PlatformDialogUseRecorder();
     PlatformDialogClearRecord();
     setenv("TPX1_APPLICATIONS_FOLDER", emptyApplications.path.c_str(), 1);
-    InitDataLists();
     SetGlobalFromStr("App Name", 1, "FileMaker Pro");
     SetGlobalFromStr("App Path", 1, "Linux:opt:FileMaker:FileMaker Pro");
     SetGlobalFromStr("App Signature", 1, "FMP7");
     SetGlobalFromStr("App PSIG", 1, "FMP7");
     SetGlobalFromStr("App DOC", 1, "");
-    ResetIacState();
 }
 
 void IacTest::TearDown()

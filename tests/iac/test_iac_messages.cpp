@@ -13,6 +13,7 @@
 #include "store/DataNode.h"
 #include "store/Globals.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 namespace {
@@ -114,7 +115,7 @@ TEST_F(IacTest, ArchiveKeepsHandledIdsOnlyAndRefusesBadIdentities)
 
     /* MSSG and SIGN: at most five characters, both required; nothing stored otherwise. */
     AppleEvent event = MakeEvent({{"MSSG", "ZZZZZZ"}, {"SIGN", "ABCD"}});
-    EXPECT_EQ(ArchiveIncomingMessage(&event), -1);
+    EXPECT_EQ(ArchiveIncomingMessage(&event), kMissingErr);
     AEDisposeDesc(&event);
     event = MakeEvent({{"MSSG", "ZZZZ"}});
     EXPECT_EQ(ArchiveIncomingMessage(&event), errAEDescNotFound);
@@ -136,7 +137,7 @@ TEST_F(IacTest, TwentyFirstMessageIsDroppedAndTheSenderGetsNoError)
     EXPECT_EQ(ArchivedCount(), 20);
     EXPECT_EQ(Receive({{"MSSG", "ZZZZ"}, {"SIGN", "ABCD"}, {"TEXT", "late"}}), noErr);
     AppleEvent event = MakeEvent({{"MSSG", "ZZZZ"}, {"SIGN", "ABCD"}});
-    EXPECT_EQ(ArchiveIncomingMessage(&event), -33);
+    EXPECT_EQ(ArchiveIncomingMessage(&event), kArchiveFullErr);
     AEDisposeDesc(&event);
     EXPECT_EQ(ArchivedCount(), 20);
     EXPECT_EQ(ArchivedValue(19, "TEXT"), "19");
@@ -234,18 +235,18 @@ TEST_F(IacTest, OutgoingRefusals)
     /* A blank or missing MSSG: -123, the list is emptied, nothing sent. */
     SetOutgoingMessageParameterFromStr("MSSG", "    ", 1);
     SetOutgoingMessageParameterFromStr("TEXT", "t", 1);
-    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), -123);
+    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), kNoMessageIdErr);
     EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);
     SetOutgoingMessageParameterFromStr("TEXT", "t", 1);
-    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), -123);
+    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), kNoMessageIdErr);
     EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);
 
     /* No signature anywhere: -2, the list is kept. */
     SetGlobalFromStr("App Signature", 1, "");
     SetOutgoingMessageParameterFromStr("MSSG", "TEST", 1);
-    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), -2);
+    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 1), kNoListOrSignatureErr);
     EXPECT_NE(FindDataNodeInList("MSSG", gOutgoingUserMessageParameterDataNodeList), nullptr);
-    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 3), -2);
+    EXPECT_EQ(SendMessageFromOutgoingMessageParameters(kTopoluxSignature, 3), kNoListOrSignatureErr);
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);
 
     /* No memory for the array of entries: -108, the list kept. */

@@ -43,7 +43,7 @@ TEST_F(IacTest, GreetingsCarryMenusMapsAndTheFirstView)
     EXPECT_EQ(sent[3].Get("OPTN"), "NODEFAULT DELETEYES MOVEMAPYES MOVELAYERYES DRAGYES ADDYES");
 
     /* Without the view flag, and with an unnamed menu: the greeting and the maps. */
-    ResetSharingMenus();
+    gTopoluxSharingMenu = SharingMenu();
     EXPECT_EQ(GreetFriendAndSendMenus(kTopoluxSignature, "OKHI", false), noErr);
     EXPECT_EQ(SentIds(TakeSent()), (std::vector<std::string>{"OKHI", "MAP "}));
 

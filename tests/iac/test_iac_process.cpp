@@ -15,6 +15,7 @@
 #include "platform/Toolbox.h"
 #include "store/Globals.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 namespace {
 
@@ -76,9 +77,9 @@ TEST_F(IacTest, LaunchFallsBackToTheApplicationsFolderAndRecordsIt)
     char path[256];
     EXPECT_EQ(GetDefaultPath(kTopoluxSignature, path), noErr);
     EXPECT_EQ(std::string(path), expected);
-    EXPECT_EQ(GetDefaultPath(kNimboSignature, path), -1);
+    EXPECT_EQ(GetDefaultPath(kNimboSignature, path), kMissingErr);
     strcpy(path, "old");
-    EXPECT_EQ(GetDefaultPath(FOUR_CHAR('R', 'E', 'P', 'F'), path), -1);
+    EXPECT_EQ(GetDefaultPath(FOUR_CHAR('R', 'E', 'P', 'F'), path), kMissingErr);
     EXPECT_STREQ(path, "");
 
     /* A recorded path that is gone gives way to the default place, which is recorded. */
@@ -144,11 +145,13 @@ TEST_F(IacTest, DocumentsTravelAsFileURLs)
     EXPECT_EQ(launched, 1);
     EXPECT_STREQ(PlatformMemoryBusLaunchDocument(0), document.c_str());
     EXPECT_FALSE(psn.highLongOfPSN == 0 && psn.lowLongOfPSN == 0);
+    /* Launched without launchDontSwitch: brought forward once it runs. */
+    EXPECT_EQ(PlatformMemoryBusFrontCount(), 1);
 
     /* A running partner is brought forward and sent the open-document event. */
     EXPECT_EQ(SignatureToApp(kNimboSignature, &theSpec, &psn, nullptr, &launched, 2, launchContinue), noErr);
     EXPECT_EQ(launched, 0);
-    EXPECT_EQ(PlatformMemoryBusFrontCount(), 1);
+    EXPECT_EQ(PlatformMemoryBusFrontCount(), 2);
     AppleEvent event;
     ASSERT_EQ(PlatformMemoryBusTakeSent(kNimboSignature, &event), noErr);
     OSType eventClass = 0, eventID = 0;

@@ -7,6 +7,7 @@
 #include "iac/IacTables.h"
 #include "platform/TestBus.h"
 #include "store/MessageLists.h"
+#include "text/ErrorCodes.h"
 
 namespace {
 
@@ -96,7 +97,7 @@ TEST_F(IacTest, TopoluxMenuHitsAskForTheSelectionOrComeForward)
     PlatformMemoryBusRemoveApp(kTopoluxSignature);
     EXPECT_EQ(Receive({{"MSSG", "MHIT"}, {"SIGN", "TPX1"}, {"ITEM", "1"}}), noErr);
     AppleEvent event = MakeEvent({{"MSSG", "MHIT"}, {"SIGN", "TPX1"}, {"ITEM", "1"}});
-    EXPECT_EQ(ArchiveIncomingMessage(&event), -234);
+    EXPECT_EQ(ArchiveIncomingMessage(&event), kPartnerNotRunningErr);
     AEDisposeDesc(&event);
     EXPECT_EQ(ArchivedCount(), 4);
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 0);
@@ -126,7 +127,7 @@ TEST_F(IacTest, NimboMenuHitsComeForwardOrAskForChanges)
     /* NIMBO not running: -234, handled all the same, NIMBO is not launched. */
     PlatformMemoryBusRemoveApp(kNimboSignature);
     AppleEvent event = MakeEvent({{"MSSG", "MHIT"}, {"SIGN", "NMB5"}, {"ITEM", "2"}});
-    EXPECT_EQ(ArchiveIncomingMessage(&event), -234);
+    EXPECT_EQ(ArchiveIncomingMessage(&event), kPartnerNotRunningErr);
     AEDisposeDesc(&event);
     EXPECT_EQ(ArchivedCount(), 1);
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);

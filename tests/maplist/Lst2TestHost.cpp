@@ -3,6 +3,7 @@
  */
 #include "Lst2TestHost.h"
 
+#include "fuzz/TestHooks.h"
 #include "plugin/Plugin.h"
 #include "platform/Toolbox.h"
 #include "store/DataNode.h"

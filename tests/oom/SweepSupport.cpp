@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "fuzz/Harness.h"
+#include "fuzz/TestHooks.h"
 #include "platform/Faults.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
@@ -103,21 +104,8 @@ void SetUp(unsigned setup)
 /* The event a partner sends: an "INFO" with a map list. */
 void DeliverIncomingMessage()
 {
-    AppleEvent event;
-    AEAddressDesc address;
-    AEInitializeDesc(&event);
-    AEInitializeDesc(&address);
-    OSType me = kHarnessHostSignature;
-    AECreateDesc(typeApplSignature, &me, sizeof me, &address);
-    AECreateAppleEvent(FOUR_CHAR('V', 'E', 'S', 'K'), FOUR_CHAR('A', 'E', 'V', 'T'), &address, kAutoGenerateReturnID,
-                       kAnyTransactionID, &event);
-    const char *pairs[][2] = {{"MSSG", "INFO"}, {"SIGN", "TPX1"}, {"LST2", kLst2}, {"TEXT", "m3"}};
-    for (const auto &pair : pairs)
-        AEPutParamPtr(&event, FOUR_CHAR(pair[0][0], pair[0][1], pair[0][2], pair[0][3]), typeChar, pair[1],
-                      (int32_t)strlen(pair[1]));
-    PlatformMemoryBusDeliver(&event, FOUR_CHAR('T', 'P', 'X', '1'));
-    AEDisposeDesc(&event);
-    AEDisposeDesc(&address);
+    HarnessDeliverMessage({{"MSSG", "INFO"}, {"SIGN", "TPX1"}, {"LST2", kLst2}, {"TEXT", "m3"}},
+                          FOUR_CHAR('T', 'P', 'X', '1'));
 }
 
 /* What a host does with the built plug-in: load it, start it, call one function by its

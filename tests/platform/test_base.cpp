@@ -1,9 +1,14 @@
 /*
  * test_base.cpp: fault injection (calls, once, persistent, TPX1_FAULTS at load), the
- * errno mapping, settings, the Mac Roman conversions and the tick clocks.
+ * errno mapping, settings, the Mac Roman conversions, the tick clocks and the reset of
+ * every service.
  */
+#include "platform/AppleEvents.h"
 #include "platform/Faults.h"
+#include "platform/Files.h"
+#include "platform/Processes.h"
 #include "platform/Services.h"
+#include "platform/TestBus.h"
 #include "TempFolder.h"
 
 #include <cerrno>
@@ -201,3 +206,39 @@ TEST(PlatformClock, ManualClockWrapsAndAdvances)
     uint32_t a = TickCount(), b = TickCount();
     EXPECT_LT(b - a, 0x80000000u);   // the real clock does not run backwards
 }
+
+static OSErr IgnoreEvent(const AppleEvent *, AppleEvent *, intptr_t)
+{
+    return noErr;
+}
+
+TEST(PlatformReset, EveryServiceAsTheProcessStarted)
+{
+    TempFolder tmp;
+    Str255 name;
+    std::string path = tmp.Write("open.txt", "x");
+    ASSERT_EQ(PlatformPOSIXPathToClassic(path.c_str(), (char *)name + 1, 254), noErr);
+    name[0] = (unsigned char)strlen((char *)name + 1);
+    int16_t refNum = 0;
+    ASSERT_EQ(HOpenDF(0, 0, name, fsRdPerm, &refNum), noErr);
+    ASSERT_GT(OpenResFile(tmp.Write("a.rsrc", "STR#\t1\t1\tx\n").c_str()), 0);
+    PlatformFaultSet(kFaultFSRead, 1, ioErr, true);
+    PlatformClockUseManual(5, 0);
+    PlatformDialogUseRecorder();
+    SysBeep(1);
+    PlatformBusUseMemory();
+    PlatformSetProcessSignature(FOUR_CHAR('A', 'B', 'C', 'D'));
+    ASSERT_EQ(AEInstallEventHandler(FOUR_CHAR('T', 'E', 'S', 'T'), typeWildCard, IgnoreEvent, 0, false), noErr);
+
+    PlatformResetAll();
+    int32_t length;
+    EXPECT_NE(GetEOF(refNum, &length), noErr) << "the file is still open";
+    EXPECT_EQ(CurResFile(), 0);
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 0);
+    EXPECT_NE(TickCount(), 5u) << "still the manual clock";
+    EXPECT_EQ(PlatformBeepCount(), 0);
+    EXPECT_EQ(PlatformProcessSignature(), 0u);
+    EXPECT_EQ(AERemoveEventHandler(FOUR_CHAR('T', 'E', 'S', 'T'), typeWildCard, IgnoreEvent, false),
+              errAEEventNotHandled);
+}
+

@@ -7,7 +7,6 @@
 #include "TempFolder.h"
 
 #include <cstring>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
 static DialogSpec MakeSpec(const char *text, const char *b1, const char *b2, const char *b3)
@@ -146,13 +145,11 @@ TEST(PlatformDialogs, LogBackendWritesJsonLinesAndUsesAnswers)
     PlatformDialogReset();
 }
 
-TEST(PlatformDialogs, HeadlessLineOnStderr)
+TEST(PlatformDialogs, HeadlessLineOnStderrWhenTheLogCannotBeOpened)
 {
-    unsetenv("TPX1_DIALOG_LOG");
-    int savedStdin = dup(0);   // stdin off the terminal, so the headless backend is chosen
-    int devNull = open("/dev/null", O_RDONLY);
-    dup2(devNull, 0);
-    close(devNull);
+    /* Said once; then every dialog is one line on standard error, terminal or not. */
+    TempFolder tmp;
+    setenv("TPX1_DIALOG_LOG", tmp.File("missing/dialogs.jsonl").c_str(), 1);
     PlatformDialogReset();
 
     DialogSpec theSpec = MakeSpec("First line\r\nsecond\rthird \x8E", "OK", "", "");
@@ -163,11 +160,13 @@ TEST(PlatformDialogs, HeadlessLineOnStderr)
     EXPECT_STREQ(path, "");
     std::string err = testing::internal::GetCapturedStderr();
 
-    dup2(savedStdin, 0);
-    close(savedStdin);
+    unsetenv("TPX1_DIALOG_LOG");
     PlatformDialogReset();
     std::vector<std::string> lines = Lines(err);
-    ASSERT_EQ(lines.size(), 2u) << err;
-    EXPECT_EQ(lines[0], "tpx1 dialog: [Stop] Stop: First line / second / third \xC3\xA9 { 1=OK } -> 1");
-    EXPECT_NE(lines[1].find("choose-file"), std::string::npos);
+    ASSERT_EQ(lines.size(), 3u) << err;
+    EXPECT_NE(lines[0].find(": cannot open the dialog log " + tmp.File("missing/dialogs.jsonl") +
+                            " (TPX1_DIALOG_LOG): No such file or directory; dialogs go to standard error"),
+              std::string::npos) << lines[0];
+    EXPECT_EQ(lines[1], "tpx1 dialog: [Stop] Stop: First line / second / third \xC3\xA9 { 1=OK } -> 1");
+    EXPECT_NE(lines[2].find("choose-file"), std::string::npos);
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/TestHooks.h"
 #include "host/HostCore.h"
 #include "platform/AppleEvents.h"
 #include "platform/Processes.h"
@@ -88,10 +89,10 @@ TEST_F(DoScriptTest, QueueKeepsNamesOnceInOrderAndRunsOnePerIdle)
     EXPECT_EQ(0, AddScriptToDoScriptQueue("First"));
     EXPECT_EQ(0, AddScriptToDoScriptQueue("First")) << "a waiting name is not queued twice";
     EXPECT_EQ(0, AddScriptToDoScriptQueue(std::string(63, 'x').c_str()));
-    EXPECT_EQ(-1, AddScriptToDoScriptQueue(std::string(64, 'x').c_str()));
+    EXPECT_EQ(kScriptNameTooLongErr, AddScriptToDoScriptQueue(std::string(64, 'x').c_str()));
     for (int i = 0; i < 8; i++)
         EXPECT_EQ(0, AddScriptToDoScriptQueue(("S" + std::to_string(i)).c_str()));
-    EXPECT_EQ(-2, AddScriptToDoScriptQueue("Eleventh"));
+    EXPECT_EQ(kQueueFullErr, AddScriptToDoScriptQueue("Eleventh"));
 
     HostIdle(&plugin, 1);
     AEProcessEvents();

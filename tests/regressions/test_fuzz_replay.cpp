@@ -16,18 +16,13 @@
 
 #include "fuzz/FuzzTargets.h"
 
+/* A target as gtest lists it: by its name. */
+void PrintTo(const FuzzTarget &target, std::ostream *out)
+{
+    *out << target.name;
+}
+
 namespace {
-
-struct Target {
-    const char *name;
-    int (*body)(const uint8_t *, size_t);
-};
-
-const Target kTargets[] = {{"entry", FuzzEntryOneInput},
-                           {"vesk_event", FuzzVeskEventOneInput},
-                           {"lst2", FuzzLst2OneInput},
-                           {"paths", FuzzPathsOneInput},
-                           {"repform", FuzzRepformOneInput}};
 
 std::vector<std::string> InputsIn(const std::string &folder)
 {
@@ -47,7 +42,7 @@ std::string ReadAll(const std::string &path)
 }
 
 /* Runs every file of a folder through the body; returns how many ran. */
-size_t Replay(const Target &target, const std::string &folder)
+size_t Replay(const FuzzTarget &target, const std::string &folder)
 {
     std::vector<std::string> files = InputsIn(folder);
     for (const std::string &file : files) {
@@ -59,22 +54,17 @@ size_t Replay(const Target &target, const std::string &folder)
     return files.size();
 }
 
-void PrintTo(const Target &target, std::ostream *out)
-{
-    *out << target.name;
-}
-
-class FuzzReplay : public ::testing::TestWithParam<Target> {};
+class FuzzReplay : public ::testing::TestWithParam<FuzzTarget> {};
 
 TEST_P(FuzzReplay, SavedCrashesAndSeedsRunClean)
 {
-    const Target &target = GetParam();
+    const FuzzTarget &target = GetParam();
     std::string fuzz = TPX1_FUZZ_DIR;
     Replay(target, fuzz + "/regressions/" + target.name);
     EXPECT_GT(Replay(target, fuzz + "/corpus/" + target.name), 0u) << "the seed corpus is missing";
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay, ::testing::ValuesIn(kTargets),
-                         [](const ::testing::TestParamInfo<Target> &info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay, ::testing::ValuesIn(kFuzzTargets),
+                         [](const ::testing::TestParamInfo<FuzzTarget> &info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -5,7 +5,10 @@
 #ifndef VESK_H
 #define VESK_H
 
+#include <getopt.h>
+
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,7 +29,11 @@ struct VeskParam {
 /* ---- Codes and texts (VeskText.cpp) ---- */
 /* 1 to 4 characters (UTF-8), padded with blanks. */
 bool ParseCode(const std::string &text, OSType *code);
-/* A code as UTF-8 text, four characters. */
+/* Text (Mac Roman or UTF-8) with its control characters shown as \x1b: whatever came
+ * from the bus or from other processes is printed this way, so it cannot steer a
+ * terminal. */
+std::string PrintableText(const std::string &text);
+/* A code as UTF-8 text, four characters, control characters shown as \x1b. */
 std::string CodeText(OSType code);
 void AppendCodeText(std::string *out, OSType code);
 std::string ToMacRoman(const std::string &utf8);
@@ -71,9 +78,23 @@ bool ReadRules(const char *path, std::vector<VeskRule> *rules, std::string *erro
 bool ParseRuleLine(const std::string &line, int number, VeskRule *rule, bool *isRule, std::string *error);
 
 /* ---- Commands ---- */
-int VeskPs(int argc, char **argv);
-int VeskSend(int argc, char **argv);
-int VeskListen(int argc, char **argv);
-int VeskPartner(int argc, char **argv);
+struct VeskCommand {
+    const char *name;                   /* "send" */
+    const char *help;                   /* its --help text, the usage line first */
+    int (*run)(int argc, char **argv);  /* argv[0] is the command's name */
+};
+extern const VeskCommand kVeskPs, kVeskSend, kVeskListen, kVeskPartner;
+
+/* ---- The command line (VeskCommandLine.cpp) ---- */
+/* Reads a command's options (argv[0] is its name) with getopt_long; --help and -h print
+ * its help. take gets each option's code and value and returns "" or what is wrong.
+ * Returns -1 to go on, with the index of the first operand in *operands, or the exit
+ * status: 0 after --help, 2 after a mistake (said on stderr with the usage line). */
+int ParseCommandOptions(const VeskCommand &command, int argc, char **argv, const struct option *options,
+                        const std::function<std::string(int code, const char *value)> &take, int *operands);
+/* Says what is wrong and the command's usage on stderr; returns 2. */
+int CommandUsageError(const VeskCommand &command, const std::string &message);
+/* Opens the session bus; false after saying why (and how to start a bus when none is set). */
+bool ConnectToBus(const VeskCommand &command);
 
 #endif

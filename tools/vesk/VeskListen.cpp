@@ -22,23 +22,19 @@ void PrintActivate(void)
     fflush(stdout);
 }
 
-} // namespace
-
-int VeskListen(int argc, char **argv)
+int RunListen(int argc, char **argv)
 {
     OSType as = 0;
-    for (int i = 0; i < argc; i++) {
-        if (!strcmp(argv[i], "--as") && i + 1 < argc && ParseCode(argv[i + 1], &as)) {
-            i++;
-            continue;
-        }
-        fprintf(stderr, "vesk listen: unexpected argument \"%s\"\n", argv[i]);
-        return 2;
-    }
-    if (!as) {
-        fputs("vesk listen: --as SIG is required\n", stderr);
-        return 2;
-    }
+    static const struct option options[] = {{"as", required_argument, nullptr, 'a'}, {nullptr, 0, nullptr, 0}};
+    int operands;
+    int status = ParseCommandOptions(kVeskListen, argc, argv, options, [&](int, const char *value) {
+        return ParseCode(value, &as) ? std::string() : std::string("\"") + value + "\" is not a signature";
+    }, &operands);
+    if (status >= 0) return status;
+    if (operands < argc)
+        return CommandUsageError(kVeskListen, std::string("unexpected argument \"") + argv[operands] + "\"");
+    if (!as) return CommandUsageError(kVeskListen, "--as SIG is required");
+    if (!ConnectToBus(kVeskListen)) return 1;
     AEInstallEventHandler(typeWildCard, typeWildCard, PrintEvent, 0, false);
     PlatformSetActivateHandler(PrintActivate);
     if (!OwnSignature(as)) return 1;
@@ -48,3 +44,19 @@ int VeskListen(int argc, char **argv)
     RunUntilSignalled();
     return 0;
 }
+
+} // namespace
+
+const VeskCommand kVeskListen = {
+    "listen",
+    "usage: vesk listen --as=SIG\n"
+    "Owns the bus name of the signature SIG and prints every event it receives as a block:\n"
+    "class, id and sender, then one line per parameter (keyword, type, value), then a blank\n"
+    "line; an activation prints \"activate\". Runs until SIGINT or SIGTERM.\n"
+    "\n"
+    "  --as=SIG     the signature to listen as (required)\n"
+    "\n"
+    "Exit status: 0 when stopped, 1 without a bus or when SIG's name is taken, 2 a usage\n"
+    "mistake.\n",
+    RunListen,
+};

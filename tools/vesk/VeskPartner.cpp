@@ -8,6 +8,7 @@
 
 #include "platform/Toolbox.h"
 
+#include <cerrno>
 #include <cstring>
 #include <unistd.h>
 
@@ -63,7 +64,8 @@ VeskParam Text(OSType keyword, const std::string &value)
 /* MSSG first, then SIGN, PSIG and XTRA (this partner's own unless given), then the rest. */
 std::vector<VeskParam> Message(const std::vector<VeskParam> &given)
 {
-    std::string self = ToMacRoman(CodeText(gSelf));
+    const char selfBytes[4] = {(char)(gSelf >> 24), (char)(gSelf >> 16), (char)(gSelf >> 8), (char)gSelf};
+    std::string self(selfBytes, 4);
     std::vector<VeskParam> message;
     const OSType standard[4] = {kMSSG, kSIGN, kPSIG, kXTRA};
     const std::string fallback[4] = {"", self, self, ""};
@@ -105,7 +107,7 @@ std::string OwnClassicPath(void)
 void Send(OSType to, const std::vector<VeskParam> &params)
 {
     OSErr err = SendEvent(to, kVeskClass, kVeskEvent, params);
-    std::string line = "sent " + ToUTF8(ParamText(params, kMSSG)) + " to " + CodeText(to);
+    std::string line = "sent " + VisibleText(ParamText(params, kMSSG)) + " to " + CodeText(to);
     if (err) line += " failed: " + ErrorText(err);
     Log(line);
 }
@@ -171,35 +173,30 @@ void RecordActivate(void)
     Log("activate");
 }
 
-} // namespace
-
-int VeskPartner(int argc, char **argv)
+int RunPartner(int argc, char **argv)
 {
     const char *rulesPath = nullptr, *logPath = nullptr;
-    for (int i = 0; i < argc; i++) {
-        bool hasValue = i + 1 < argc;
-        if (!strcmp(argv[i], "--as") && hasValue) {
-            if (!ParseCode(argv[++i], &gSelf)) {
-                fprintf(stderr, "vesk partner: \"%s\" is not a signature\n", argv[i]);
-                return 2;
-            }
-        } else if (!strcmp(argv[i], "--rules") && hasValue) {
-            rulesPath = argv[++i];
-        } else if (!strcmp(argv[i], "--log") && hasValue) {
-            logPath = argv[++i];
-        } else if (!strcmp(argv[i], "--name") && hasValue) {
-            gName = argv[++i];
-        } else if (argv[i][0] != '-' && gDocument.empty()) {
-            gDocument = argv[i];
-        } else {
-            fprintf(stderr, "vesk partner: unexpected argument \"%s\"\n", argv[i]);
-            return 2;
-        }
-    }
-    if (!gSelf) {
-        fputs("vesk partner: --as SIG is required\n", stderr);
-        return 2;
-    }
+    enum { kAs = 256, kRules, kLog, kName };
+    static const struct option options[] = {
+        {"as", required_argument, nullptr, kAs},
+        {"rules", required_argument, nullptr, kRules},
+        {"log", required_argument, nullptr, kLog},
+        {"name", required_argument, nullptr, kName},
+        {nullptr, 0, nullptr, 0},
+    };
+    int operands;
+    int status = ParseCommandOptions(kVeskPartner, argc, argv, options, [&](int code, const char *value) {
+        if (code == kAs && !ParseCode(value, &gSelf)) return std::string("\"") + value + "\" is not a signature";
+        if (code == kRules) rulesPath = value;
+        if (code == kLog) logPath = value;
+        if (code == kName) gName = value;
+        return std::string();
+    }, &operands);
+    if (status >= 0) return status;
+    if (operands < argc) gDocument = argv[operands++];
+    if (operands < argc)
+        return CommandUsageError(kVeskPartner, std::string("only one document, not also \"") + argv[operands] + "\"");
+    if (!gSelf) return CommandUsageError(kVeskPartner, "--as SIG is required");
     std::string error;
     if (rulesPath && !ReadRules(rulesPath, &gRules, &error)) {
         fprintf(stderr, "vesk partner: %s: %s\n", rulesPath, error.c_str());
@@ -207,9 +204,10 @@ int VeskPartner(int argc, char **argv)
     }
     gLog = logPath ? fopen(logPath, "a") : stdout;
     if (!gLog) {
-        fprintf(stderr, "vesk partner: cannot write %s\n", logPath);
+        fprintf(stderr, "vesk partner: cannot write %s: %s\n", logPath, strerror(errno));
         return 2;
     }
+    if (!ConnectToBus(kVeskPartner)) return 1;
     AEInstallEventHandler(typeWildCard, typeWildCard, HandleEvent, 0, false);
     PlatformSetActivateHandler(RecordActivate);
     if (!OwnSignature(gSelf)) return 1;
@@ -222,3 +220,23 @@ int VeskPartner(int argc, char **argv)
     if (gLog != stdout) fclose(gLog);
     return 0;
 }
+
+} // namespace
+
+const VeskCommand kVeskPartner = {
+    "partner",
+    "usage: vesk partner --as=SIG [--rules=FILE] [--log=FILE] [--name=NAME] [DOCUMENT]\n"
+    "A stand-in partner application. It owns the bus name of SIG, answers every \"HOLA\"\n"
+    "with an \"OKHI\", follows the rules of FILE, records activations and the document it\n"
+    "was started with, and logs every event it receives, one line each, until SIGTERM or\n"
+    "SIGINT. The plug-in launches it with the document's path as the only argument.\n"
+    "\n"
+    "  --as=SIG      the partner's signature (required)\n"
+    "  --rules=FILE  rules, one a line: on ID send [to SIG] KEY=VALUE ...\n"
+    "  --log=FILE    append the log to FILE (default: standard output)\n"
+    "  --name=NAME   the NAME its \"OKHI\" carries (default \"vesk partner\")\n"
+    "\n"
+    "Exit status: 0 when stopped, 1 without a bus or when SIG's name is taken, 2 a usage\n"
+    "mistake or a rule file with a mistake.\n",
+    RunPartner,
+};

@@ -9,6 +9,8 @@
  */
 #include "Vesk.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 
 namespace {
@@ -120,7 +122,7 @@ bool ReadRules(const char *path, std::vector<VeskRule> *rules, std::string *erro
 {
     std::ifstream in(path);
     if (!in) {
-        *error = std::string("cannot read ") + path;
+        *error = std::string("cannot read it: ") + strerror(errno);
         return false;
     }
     std::string line;

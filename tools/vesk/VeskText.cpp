@@ -1,6 +1,7 @@
 /*
  * VeskText.cpp: four-character codes and texts for vesk: parsing codes and KEY=VALUE
- * arguments, Mac Roman <-> UTF-8, and the visible form of texts (TAB, CR shown).
+ * arguments, Mac Roman <-> UTF-8, and the visible form of codes and texts (TAB, CR and
+ * other control characters shown).
  */
 #include "Vesk.h"
 
@@ -15,12 +16,21 @@ bool ParseCode(const std::string &text, OSType *code)
     return true;
 }
 
+std::string PrintableText(const std::string &text)
+{
+    std::string out;
+    for (unsigned char c : text) {
+        char hex[8];
+        snprintf(hex, sizeof hex, "\\x%02x", c);
+        out += c < 0x20 || c == 0x7F ? std::string(hex) : std::string(1, (char)c);
+    }
+    return out;
+}
+
 void AppendCodeText(std::string *out, OSType code)
 {
     char bytes[4] = {(char)(code >> 24), (char)(code >> 16), (char)(code >> 8), (char)code};
-    for (char &c : bytes)
-        if (!c) c = '?';
-    *out += ToUTF8(std::string(bytes, 4));
+    *out += ToUTF8(PrintableText(std::string(bytes, 4)));
 }
 
 std::string CodeText(OSType code)
@@ -61,7 +71,7 @@ void AppendVisibleText(std::string *out, const std::string &macRoman)
         default:
             if (c < 0x20 || c == 0x7F) {
                 char hex[8];
-                snprintf(hex, sizeof hex, "\\x%02X", c);
+                snprintf(hex, sizeof hex, "\\x%02x", c);
                 escaped += hex;
             } else {
                 escaped += (char)c;

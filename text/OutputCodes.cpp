@@ -1,15 +1,11 @@
 /*
  * OutputCodes.cpp: the ten output codes with which a list function composes one output
- * line from up to three fields and separators, the word-to-code table they are read
- * from, and the plug-in's version text.
+ * line from up to three fields and separators, and the word-to-code table they are read
+ * from.
  */
 #include <cstring>
 
-#include "plugin/Plugin.h"
-
-int16_t gOutputCodes[10];
-const WordCode *gWordCodeTable = nullptr;
-const char kPluginVersionText[] = "TOPOLUX plugin ver 8.0";
+#include "text/OutputCodes.h"
 
 enum { kCodeEnd = 0, kCodeField1, kCodeField2, kCodeField3, kCodeBlank, kCodeTab, kCodeReturn };
 
@@ -62,9 +58,4 @@ void StrcpyOutputLine(char *dest, const char *field1, const char *field2, const 
     const char *const fields[3] = {field1 ? field1 : "", field2 ? field2 : "", field3 ? field3 : ""};
     const long lengths[3] = {(long)strlen(fields[0]), (long)strlen(fields[1]), (long)strlen(fields[2])};
     ComposeOutputLine(dest, fields, lengths);
-}
-
-void GetVersionString(char *dest)
-{
-    strcpy(dest, kPluginVersionText);
 }

@@ -1,0 +1,169 @@
+/*
+ * test_bus_processes.cpp: the processes fmhost starts on the bus. Partners the plug-in
+ * launches are started once per call and never while an earlier copy is still
+ * starting: one that joins slowly, one that never joins, one that exits at once, each
+ * with its alert and its line on standard error; a launch for TPX1GoToApp brings the
+ * partner forward (Activate), one for a message does not. And the private dbus-daemon
+ * fmhost starts ends with fmhost, however fmhost ends.
+ */
+#include <csignal>
+#include <filesystem>
+#include <sstream>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "FmhostSession.h"
+
+namespace {
+
+class BusProcesses : public FmhostTest {
+protected:
+    /* An executable stand-in that writes its process id into "started", then runs body. */
+    std::string Install(const std::string &folder, const std::string &name, const std::string &body)
+    {
+        std::filesystem::create_directories(temp + "/" + folder);
+        std::string path = temp + "/" + folder + "/" + name;
+        HarnessWriteFile(path, "#!/bin/sh\necho $$ >> '" + temp + "/started'\n" + body + "\n", true);
+        return path;
+    }
+
+    std::string Partner(const char *signature, const char *name, const std::string &log)
+    {
+        return std::string("exec '" VESK_PATH "' partner --as ") + signature + " --name " + name + " --log '" + log +
+               "' \"$@\"";
+    }
+
+    std::string SendTo(const char *signature)
+    {
+        return Run(std::string("TPX1SetParameter(\"MSSG|RUN!\")\nTPX1SendMessageTo(\"") + signature + "\")");
+    }
+
+    size_t Alerts() { return Occurrences(Dialogs(), "Unable to locate TOPOLUX."); }
+};
+
+bool Alive(pid_t pid)
+{
+    return kill(pid, 0) == 0;
+}
+
+} // namespace
+
+TEST_F(BusProcesses, SlowPartnerIsStartedOnceAndFoundWhenItJoins)
+{
+    setenv("TPX1_LAUNCH_TIMEOUT_MS", "500", 1);
+    std::string log = temp + "/topolux.log";
+    Install("Applications/TOPOLUX Folder", "TOPOLUX", "sleep 1.5\n" + Partner("TPX1", "TOPOLUX", log));
+    StartHost();
+    /* The greeting and the message both need TOPOLUX: one start, one alert, the send's
+     * error report; the copy is left to finish starting. */
+    SendTo("TPX1");
+    EXPECT_EQ(Started().size(), 1u);
+    EXPECT_EQ(Alerts(), 1u) << Dialogs();
+    EXPECT_EQ(Occurrences(Dialogs(), "Error: -600"), 1u) << Dialogs();
+    EXPECT_NE(HostErrors().find("did not join the bus within 500 ms; it is left to finish starting"),
+              std::string::npos) << HostErrors();
+    ASSERT_TRUE(HostSees("TPX1"));
+    SendTo("TPX1");
+    EXPECT_TRUE(WaitFor([&] { return HarnessLoggedEvent(HarnessReadFile(log), "RUN!") != ""; }));
+    EXPECT_EQ(Started().size(), 1u);
+    EXPECT_EQ(Alerts(), 1u) << Dialogs();
+    EXPECT_EQ(StopHost(), 0);
+}
+
+TEST_F(BusProcesses, PartnerThatNeverJoinsIsWaitedForOnceAndNeverDoubled)
+{
+    setenv("TPX1_LAUNCH_TIMEOUT_MS", "1500", 1);
+    std::string path = Install("Applications/TOPOLUX Folder", "TOPOLUX", "exec sleep 60");
+    StartHost();
+    SendTo("TPX1");
+    ASSERT_EQ(Started().size(), 1u);
+    pid_t copy = Started()[0];
+    std::string waiting = "fmhost: waiting for TOPOLUX (" + Classic(path) + ") to join the bus\n";
+    EXPECT_EQ(Occurrences(HostErrors(), waiting), 1u) << HostErrors();
+    EXPECT_EQ(Alerts(), 1u) << Dialogs();
+    /* Not killed; the next call waits for the same copy instead of starting another. */
+    EXPECT_TRUE(Alive(copy));
+    SendTo("TPX1");
+    EXPECT_EQ(Started(), std::vector<pid_t>{copy});
+    EXPECT_EQ(Occurrences(HostErrors(), waiting), 2u) << HostErrors();
+    EXPECT_EQ(Alerts(), 2u) << Dialogs();
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_TRUE(Alive(copy));
+}
+
+TEST_F(BusProcesses, PartnerThatExitsAtOnceIsReportedAndNoOtherPlaceTried)
+{
+    std::string quitter = Install("Elsewhere", "TOPOLUX", "exit 3");
+    Install("Applications/TOPOLUX Folder", "TOPOLUX", Partner("TPX1", "TOPOLUX", temp + "/topolux.log"));
+    StartHost();
+    Run("TPX1SetKnownFriend(\"TPX1|" + Classic(quitter) + "\")");
+    SendTo("TPX1");
+    EXPECT_EQ(Started().size(), 1u);
+    EXPECT_EQ(Alerts(), 1u) << Dialogs();
+    EXPECT_NE(HostErrors().find("fmhost: TOPOLUX (" + Classic(quitter) +
+                                ") ended with exit status 3 before it joined the bus"),
+              std::string::npos) << HostErrors();
+    EXPECT_EQ(Calc("TPX1IsAppRunning(\"TPX1\")"), "\"FALSE\"\n");
+    EXPECT_EQ(StopHost(), 0);
+}
+
+TEST_F(BusProcesses, GoToAppBringsTheLaunchedPartnerForward)
+{
+    std::string topolux = temp + "/topolux.log", nimbo = temp + "/nimbo.log";
+    Install("Applications/TOPOLUX Folder", "TOPOLUX", Partner("TPX1", "TOPOLUX", topolux));
+    Install("Applications/NIMBO Folder", "NIMBO", Partner("NMB5", "NIMBO", nimbo));
+    StartHost();
+    EXPECT_EQ(Calc("TPX1GoToApp(\"TPX1\")"),
+              "\"" + Classic(temp + "/Applications/TOPOLUX Folder/TOPOLUX") + "\"\n");
+    EXPECT_TRUE(WaitFor([&] {
+        std::string text = HarnessReadFile(topolux);
+        return text.find("\nactivate\n") != std::string::npos && HarnessLoggedEvent(text, "HOLA") != "";
+    })) << HarnessReadFile(topolux);
+    /* Launched for a message (without switching): no activation. */
+    SendTo("NMB5");
+    EXPECT_TRUE(WaitFor([&] { return HarnessLoggedEvent(HarnessReadFile(nimbo), "RUN!") != ""; }));
+    /* At Shutdown both hear "BYE ". */
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_TRUE(WaitFor([&] {
+        std::vector<std::string> t = HarnessLoggedIds(HarnessReadFile(topolux));
+        std::vector<std::string> n = HarnessLoggedIds(HarnessReadFile(nimbo));
+        return !t.empty() && t.back() == "BYE " && !n.empty() && n.back() == "BYE ";
+    }));
+    EXPECT_EQ(HarnessLoggedIds(HarnessReadFile(topolux)), (std::vector<std::string>{"HOLA", "BYE "}));
+    EXPECT_EQ(Started().size(), 2u);
+    EXPECT_EQ(Occurrences(HarnessReadFile(topolux), "\nactivate\n"), 1u) << HarnessReadFile(topolux);
+    EXPECT_EQ(HarnessReadFile(nimbo).find("activate"), std::string::npos) << HarnessReadFile(nimbo);
+    EXPECT_EQ(Dialogs(), "");
+}
+
+TEST_F(BusProcesses, PrivateBusEndsWithFmhostHoweverItEnds)
+{
+    /* Orphans come to this process, so the daemon's end can be waited for. */
+    ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+    std::string saved = getenv("DBUS_SESSION_BUS_ADDRESS");
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    for (int route : {0, SIGTERM, SIGINT, SIGHUP, SIGKILL}) {
+        StartHost();
+        EXPECT_EQ(Calc("TPX1IsAppRunning(\"FMP7\")"), "\"TRUE\"\n") << route;
+        pid_t busDaemon = -1;
+        std::istringstream children(
+            HarnessReadFile("/proc/" + std::to_string(host) + "/task/" + std::to_string(host) + "/children"));
+        for (pid_t child; children >> child;)
+            if (HarnessReadFile("/proc/" + std::to_string(child) + "/comm") == "dbus-daemon\n") busDaemon = child;
+        ASSERT_GT(busDaemon, 0) << route;
+        if (route == 0) {
+            EXPECT_EQ(StopHost(), 0);
+        } else {
+            EXPECT_EQ(HarnessReap(host, route, kWaitMs), 128 + route);
+            close(hostIn);
+            close(hostOut);
+            host = -1;
+        }
+        /* Gone: reaped by fmhost at its exit, or an orphan that ended by itself. */
+        EXPECT_TRUE(WaitFor([&] { return waitpid(busDaemon, nullptr, WNOHANG) == busDaemon || !Alive(busDaemon); }))
+            << route;
+        kill(busDaemon, SIGKILL);
+    }
+    setenv("DBUS_SESSION_BUS_ADDRESS", saved.c_str(), 1);
+}
