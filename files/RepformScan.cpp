@@ -109,24 +109,40 @@ static bool HaveAvx2(void)
     return __builtin_cpu_supports("avx2");
 }
 
-/* 64 anchors at a time, where the processor has AVX-512BW. Loads reach anchor + 64,
- * inside the data as long as anchor + 63 <= lastAnchor. */
+/* The anchors of the 64 bytes at p, where the processor has AVX-512BW: bit i stands for
+ * an "R" at p + i followed by a "2". Reads p to p + 64. */
+__attribute__((target("avx512bw"))) static inline uint64_t AnchorMask64(const unsigned char *p)
+{
+    __mmask64 r = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)p), _mm512_set1_epi8('R'));
+    return _mm512_mask_cmpeq_epi8_mask(r, _mm512_loadu_si512((const void *)(p + 1)), _mm512_set1_epi8('2'));
+}
+
+/* 256 anchors at a time, then 64: blocks without a candidate cost one test for four.
+ * Loads reach anchor + 256 (anchor + 64), inside the data as long as anchor + 255
+ * (anchor + 63) <= lastAnchor. */
 __attribute__((target("avx512bw"))) static long FindAnchorsAvx512(const unsigned char *data, long *anchor,
                                                                    long lastAnchor, int *year)
 {
-    const __m512i wantR = _mm512_set1_epi8('R');
-    const __m512i want2 = _mm512_set1_epi8('2');
     long at = *anchor;
-    for (; at + 63 <= lastAnchor; at += 64) {
+    for (; at + 255 <= lastAnchor; at += 256) {
         const unsigned char *p = data + at;
-        uint64_t mask = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)p), wantR) &
-                        _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)(p + 1)), want2);
-        if (mask) {
-            long found = TestAnchorMask(data, at, mask, year);
+        uint64_t masks[4] = {AnchorMask64(p), AnchorMask64(p + 64), AnchorMask64(p + 128), AnchorMask64(p + 192)};
+        if ((masks[0] | masks[1] | masks[2] | masks[3]) == 0)
+            continue;
+        for (int k = 0; k < 4; k++) {
+            long found = masks[k] ? TestAnchorMask(data, at + 64 * k, masks[k], year) : -1;
             if (found >= 0) {
                 *anchor = at;
                 return found;
             }
+        }
+    }
+    for (; at + 63 <= lastAnchor; at += 64) {
+        uint64_t mask = AnchorMask64(data + at);
+        long found = mask ? TestAnchorMask(data, at, mask, year) : -1;
+        if (found >= 0) {
+            *anchor = at;
+            return found;
         }
     }
     *anchor = at;
