@@ -57,7 +57,7 @@ TEST(RepformIdentifier, FastSearchFindsWhatTheTestFindsAtEveryOffset)
     std::mt19937 random(4);
     const char alphabet[] = "CKLMTVFADPHckmtvfadphTtRr2009x";
     for (int round = 0; round < 200; round++) {
-        size_t length = 8 + random() % 300;
+        size_t length = 8 + random() % 700;   /* past two 256-byte blocks */
         std::vector<unsigned char> data(length + 1);
         for (size_t i = 0; i < length; i++)
             data[i] = (unsigned char)alphabet[random() % (sizeof alphabet - 1)];
