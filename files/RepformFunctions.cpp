@@ -2,12 +2,12 @@
  * RepformFunctions.cpp: the external functions on Repform submission files: the
  * years named by a file's identifiers, and rewriting every identifier to one year.
  */
-#include <cstdlib>
 #include <cstring>
 
 #include "files/FileSupport.h"
 #include "files/Paths.h"
 #include "files/Repform.h"
+#include "text/TextUtils.h"
 #include "ui/Alerts.h"
 
 static void ReportRepformFailure(long funcId, OSErr err, const char *errorText)
@@ -57,7 +57,7 @@ void TPX1ChangeRepformIDsInFile(long funcId, char **argHandle, char **resultHand
         return;
     }
     *bar = 0;
-    long year = atol(argument);
+    long year = TextToLong(argument);
     if (year < 2000 || year > 2009) {
         SetResultTextOrReport(funcId, resultHandle,
                               "Programmer Error: TPX1ChangeRepformIDsInFile year must be between 2000 and 2009");

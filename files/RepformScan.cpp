@@ -2,8 +2,9 @@
  * RepformScan.cpp: the submission identifiers inside Repform files: the eight-byte
  * identifier test, a fast search for the next identifier in a buffer, and the
  * chunked walk over a file that collects the identifiers' years or rewrites them in
- * place. Chunks are at most 300000 bytes; the last 8 bytes of each are carried in
- * front of the next, so an identifier across a chunk border is still seen.
+ * place, writing back only what changed. Chunks are at most 300000 bytes; the last 8
+ * bytes of each are carried in front of the next, so an identifier across a chunk
+ * border is still seen.
  */
 #include <cstdint>
 #include <cstring>
@@ -61,10 +62,10 @@ enum { kAnchorOffset = 3 };
 
 /* Tests the candidates of one block, bit i of mask standing for the anchor at
  * anchor + i; returns the first identifier's offset, or -1. */
-static inline long TestAnchorMask(const unsigned char *data, long anchor, uint32_t mask, int *year)
+static inline long TestAnchorMask(const unsigned char *data, long anchor, uint64_t mask, int *year)
 {
     while (mask) {
-        long offset = anchor + __builtin_ctz(mask) - kAnchorOffset;
+        long offset = anchor + __builtin_ctzll(mask) - kAnchorOffset;
         int found = RepformYearOfIdentifier(data + offset);
         if (found) {
             *year = found;
@@ -107,6 +108,51 @@ static bool HaveAvx2(void)
 {
     return __builtin_cpu_supports("avx2");
 }
+
+/* The anchors of the 64 bytes at p, where the processor has AVX-512BW: bit i stands for
+ * an "R" at p + i followed by a "2". Reads p to p + 64. */
+__attribute__((target("avx512bw"))) static inline uint64_t AnchorMask64(const unsigned char *p)
+{
+    __mmask64 r = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512((const void *)p), _mm512_set1_epi8('R'));
+    return _mm512_mask_cmpeq_epi8_mask(r, _mm512_loadu_si512((const void *)(p + 1)), _mm512_set1_epi8('2'));
+}
+
+/* 256 anchors at a time, then 64: blocks without a candidate cost one test for four.
+ * Loads reach anchor + 256 (anchor + 64), inside the data as long as anchor + 255
+ * (anchor + 63) <= lastAnchor. */
+__attribute__((target("avx512bw"))) static long FindAnchorsAvx512(const unsigned char *data, long *anchor,
+                                                                   long lastAnchor, int *year)
+{
+    long at = *anchor;
+    for (; at + 255 <= lastAnchor; at += 256) {
+        const unsigned char *p = data + at;
+        uint64_t masks[4] = {AnchorMask64(p), AnchorMask64(p + 64), AnchorMask64(p + 128), AnchorMask64(p + 192)};
+        if ((masks[0] | masks[1] | masks[2] | masks[3]) == 0)
+            continue;
+        for (int k = 0; k < 4; k++) {
+            long found = masks[k] ? TestAnchorMask(data, at + 64 * k, masks[k], year) : -1;
+            if (found >= 0) {
+                *anchor = at;
+                return found;
+            }
+        }
+    }
+    for (; at + 63 <= lastAnchor; at += 64) {
+        uint64_t mask = AnchorMask64(data + at);
+        long found = mask ? TestAnchorMask(data, at, mask, year) : -1;
+        if (found >= 0) {
+            *anchor = at;
+            return found;
+        }
+    }
+    *anchor = at;
+    return -1;
+}
+
+static bool HaveAvx512(void)
+{
+    return __builtin_cpu_supports("avx512bw");
+}
 #endif
 
 long FindNextRepformIdentifier(const unsigned char *data, long from, long last, int *year)
@@ -114,6 +160,11 @@ long FindNextRepformIdentifier(const unsigned char *data, long from, long last, 
     long anchor = from + kAnchorOffset;
     long lastAnchor = last + kAnchorOffset;
 #if defined(__x86_64__) && defined(__GNUC__)
+    if (HaveAvx512()) {
+        long found = FindAnchorsAvx512(data, &anchor, lastAnchor, year);
+        if (found >= 0)
+            return found;
+    }
     if (HaveAvx2()) {
         long found = FindAnchorsAvx2(data, &anchor, lastAnchor, year);
         if (found >= 0)
@@ -151,9 +202,36 @@ long FindNextRepformIdentifier(const unsigned char *data, long from, long last, 
     return -1;
 }
 
+/* The bytes of the buffer that a rewrite changed and has not written yet, as a span of
+ * buffer offsets [first, last]; empty while first > last. */
+struct ChangedSpan {
+    long first = 1;
+    long last = 0;
+};
+
+/* Writes the changed bytes below limit (the part of the buffer that goes back to the
+ * file with this chunk: all but the carried 8 bytes while more chunks follow); the
+ * buffer starts at fileStart. Changes in the carried bytes stay for the next chunk. */
+static OSErr WriteChangedBytes(int16_t refNum, const unsigned char *buffer, long fileStart, long limit,
+                               ChangedSpan *changed)
+{
+    OSErr err = noErr;
+    if (changed->first < limit && changed->first <= changed->last) {
+        long last = changed->last < limit ? changed->last : limit - 1;
+        int32_t count = (int32_t)(last - changed->first + 1);
+        err = SetFPos(refNum, fsFromStart, (int32_t)(fileStart + changed->first));
+        if (err == noErr)
+            err = FSWrite(refNum, &count, buffer + changed->first);
+        changed->first = last + 1;
+    }
+    return err;
+}
+
 /* Reads the file chunk by chunk; with newYear 0 it flags the years 2001-2009 it finds,
- * otherwise it sets every identifier's year digit to newYear's and writes each chunk
- * back where it came from. */
+ * otherwise it sets every identifier's year digit to newYear's. The rewrite gives the
+ * file what writing each chunk back where it came from would give it (all but the last
+ * 8 bytes while more chunks follow, which the next chunk carries), but writes only the
+ * bytes that changed: a chunk without a change is not written at all. */
 static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], const char **errorText)
 {
     bool rewrite = newYear != 0;
@@ -178,6 +256,7 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
         long position = kRepformCarry;
         long remaining = length - kRepformCarry;
         unsigned char digit = (unsigned char)('0' + newYear % 10);
+        ChangedSpan changed;
         while (err == noErr && remaining > 0) {
             long chunk = remaining < size ? remaining : size;
             if (rewrite)
@@ -191,17 +270,22 @@ static OSErr WalkRepformFile(const char *path, int newYear, bool years[10], cons
             int year = 0;
             for (long at = FindNextRepformIdentifier(buffer, 0, chunk, &year); at >= 0;
                  at = FindNextRepformIdentifier(buffer, at + 1, chunk, &year)) {
-                if (rewrite)
+                if (rewrite && buffer[at + 7] != digit) {
                     buffer[at + 7] = digit;
-                else if (year >= 2001)
+                    if (changed.first > changed.last)
+                        changed.first = at + 7;
+                    changed.last = at + 7;
+                } else if (!rewrite && year >= 2001) {
                     years[year - 2000] = true;
+                }
             }
             remaining -= chunk;
             if (rewrite) {
-                err = SetFPos(refNum, fsFromStart, (int32_t)(position - kRepformCarry));
-                count = (int32_t)(remaining > 0 ? chunk : chunk + kRepformCarry);
-                if (err == noErr)
-                    err = FSWrite(refNum, &count, buffer);
+                long limit = remaining > 0 ? chunk : chunk + kRepformCarry;
+                err = WriteChangedBytes(refNum, buffer, position - kRepformCarry, limit, &changed);
+                /* What stays changed lies in the carried bytes, which move to the start. */
+                changed.first -= chunk;
+                changed.last -= chunk;
             }
             memmove(buffer, buffer + chunk, kRepformCarry);
             position += chunk;

@@ -2,10 +2,11 @@
  * fuzz_lst2.cpp: fuzz target for the map object lists on arbitrary text. The cleaning
  * (CleanLST2Text, and TPX1ProcessLST2ParameterForTopolux on the outgoing list) is checked
  * against a plain model of its rule: with two lines or more, the lines are the pieces
- * between carriage returns, the first lines as many as NumLinesInText counts are kept
- * only when valid and not equal (letter case folded) to an earlier kept line, any further
- * piece is kept, and every 0x01 byte goes; so the output lines are a subset of the input
- * lines in their order and no 0x01 is left. The column output (TPX1GetParameterLST2),
+ * between breaks (CR, LF or CR LF), the first lines as many as NumLinesInText counts are
+ * kept only when valid and not equal (letter case folded) to an earlier kept line, any
+ * further piece is kept, a kept piece that had a break ends in CR, and every 0x01 byte
+ * goes; so the output lines are a subset of the input lines in their order and no 0x01
+ * is left. The column output (TPX1GetParameterLST2),
  * the line functions and the copy to the outgoing list are checked against the same
  * kind of model built on the line fetcher that is not the one they use.
  *
@@ -69,12 +70,12 @@ std::string ModelClean(const std::string &text)
     std::vector<bool> endsInReturn;
     size_t start = 0;
     while (start < text.size()) {
-        size_t cr = text.find('\r', start);
-        pieces.push_back(text.substr(start, cr == std::string::npos ? std::string::npos : cr - start));
-        endsInReturn.push_back(cr != std::string::npos);
-        if (cr == std::string::npos)
+        size_t end = text.find_first_of("\r\n", start);
+        pieces.push_back(text.substr(start, end == std::string::npos ? std::string::npos : end - start));
+        endsInReturn.push_back(end != std::string::npos);
+        if (end == std::string::npos)
             break;
-        start = cr + 1;
+        start = end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1);
     }
     std::vector<std::string> keptLines;
     std::string out;

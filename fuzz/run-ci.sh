@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # run-ci.sh: builds the fuzz targets (clang, libFuzzer, AddressSanitizer and
 # UndefinedBehaviorSanitizer) in their own build folder and runs each one for a short
-# while from its seed corpus: about a minute in all. New inputs go to a scratch folder,
-# never into the committed corpus. Exits non-zero when any target crashes, hangs, leaks
-# or fails one of its checks; the input that did it is kept in the artifacts folder.
+# while from its seed corpus with the shared dictionary (tpx1.dict): about a minute in
+# all. New inputs go to a scratch folder, never into the committed corpus. Exits non-zero
+# when any target crashes, hangs, leaks or fails one of its checks; the input that did it
+# is kept in the artifacts folder.
 #
 # Settings (environment): TPX1_FUZZ_BUILD (build folder, default <repo>/build-fuzz),
 # TPX1_FUZZ_SECONDS (per target, default 12), TPX1_FUZZ_ARTIFACTS (default
@@ -29,7 +30,7 @@ for target in $targets; do
     mkdir -p "$work/$target"
     log="$work/$target.log"
     if "$build/fuzz_$target" "$work/$target" "$here/corpus/$target" \
-        -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+        -dict="$here/tpx1.dict" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
         -artifact_prefix="$artifacts/$target-" -print_final_stats=1 >"$log" 2>&1; then
         runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
         echo "fuzz_$target: ${runs:-?} runs in ${seconds}s, no failure"

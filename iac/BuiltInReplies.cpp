@@ -3,7 +3,6 @@
  * sees them: greetings, sharing-menu hits from TOPOLUX and NIMBO, TOPOLUX's selection
  * reports, and NIMBO's requests to come forward.
  */
-#include <stdlib.h>
 #include <string.h>
 
 #include "iac/IacTables.h"
@@ -25,7 +24,7 @@ long GetNumberParameter(const char *keyword, DataNode *message)
 {
     char text[32];
     ReadParameter(keyword, text, sizeof text, message);
-    return atol(text);
+    return TextToLong(text);
 }
 
 /* The action the solution attached to an item (1..10) of a sharing menu; 0 outside. */

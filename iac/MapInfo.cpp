@@ -35,7 +35,8 @@ static MapEntry *MapEntryForKey(const char *key)
 }
 
 /* "folder|options|reference file": the folder, resolved against the base directory found
- * from the reference file, is the key of its entry. */
+ * from the reference file, is the key of its entry. Only the first two bars split: the
+ * reference file is the whole rest, so a path holding a bar stays whole. */
 void TPX1SetTopoluxMapInfo(long funcId, char **argHandle, char **resultHandle)
 {
     char argument[768] = {0};
@@ -44,7 +45,8 @@ void TPX1SetTopoluxMapInfo(long funcId, char **argHandle, char **resultHandle)
     const char *cursor = argument;
     TakeBarField(&cursor, folder);
     TakeBarField(&cursor, options);
-    TakeBarField(&cursor, reference);
+    reference[0] = 0;
+    strncat(reference, cursor, sizeof reference - 1);
 
     char key[256] = {0};
     if (folder[0] && DetermineBaseDirectoryFromTheReferenceFile(reference) == noErr &&

@@ -2,7 +2,8 @@
  * Lst2Clean.cpp: the cleaning of an outgoing map object list before it goes to the
  * mapping application (TPX1ProcessLST2ParameterForTopolux): lines without a valid
  * identifier and repeated lines (letter case ignored) are removed in place, keeping the
- * first occurrence of every line in its place. One sort of per-line records brings lines
+ * first occurrence of every line in its place. Lines may end in CR, LF or CR LF; the
+ * cleaned list ends every kept line in CR. One sort of per-line records brings lines
  * with the same identifier together; deleted lines are marked with 0x01 bytes and
  * squeezed out in one final pass.
  */
@@ -37,9 +38,10 @@ static void BuildLst2UpperTable(void)
         gLst2Upper[c] = (unsigned char)mytoupper((char)c);
 }
 
+/* Once the records are filled every break is a CR; LF counts for the filling itself. */
 static bool IsLst2LineEnd(unsigned char c)
 {
-    return c == 13 || c == 0;
+    return c == 13 || c == 10 || c == 0;
 }
 
 /* Valid: sixteen characters 0-9 or upper-case A-F, then a TAB. */
@@ -81,9 +83,11 @@ static void DeleteLst2Line(char *line)
 }
 
 /* One pass over the text: each line's start and its key (the characters before the
- * first TAB, at most sixteen, upper-cased). A carriage return ends a line and is
- * consumed; at the NUL every remaining record starts at the NUL. */
-static void FillLst2SortRecords(const char *text, Lst2SortRecord *records, long lineCount)
+ * first TAB, at most sixteen, upper-cased). A line ends at CR, LF, CR LF (one break) or
+ * the NUL, as NumLinesInText counts them; every break is made the CR that the cleaned
+ * list writes (an LF becomes CR, the LF of a CR LF is marked deleted), so that from here
+ * on a line ends at its CR. At the NUL every remaining record starts at the NUL. */
+static void FillLst2SortRecords(char *text, Lst2SortRecord *records, long lineCount)
 {
     long position = 0;
     for (long i = 0; i < lineCount; i++) {
@@ -96,10 +100,15 @@ static void FillLst2SortRecords(const char *text, Lst2SortRecord *records, long 
             record->key[k] = (char)gLst2Upper[line[k]];
             k++;
         }
-        long length = k + (long)strcspn((const char *)line + k, "\r");
+        long length = k + (long)strcspn((const char *)line + k, "\r\n");
         position += length;
-        if (text[position] == 13)
+        if (text[position] == 10) {
+            text[position++] = 13;
+        } else if (text[position] == 13) {
             position++;
+            if (text[position] == 10)
+                text[position++] = kLst2DeletedByte;
+        }
     }
 }
 

@@ -21,8 +21,6 @@ enum {
     kLst2MaxFormatWords = 10,
     kLst2IdentifierLength = 16,
     kLst2MaxNameLength = 63,
-    kLst2FirstOutputSize = 4096,
-    kLst2StageSize = 16384        /* output gathered before it goes into the result */
 };
 
 /* The column table gLst2ColumnTable is rebuilt at every call and ended by a pair with
@@ -73,112 +71,136 @@ static bool SetOutputCodesFromFormat(char *format)
     return fileFlag;
 }
 
-/* Splits a list line into identifier, layer and map name; true when the line has all
- * three and each is of the length the format allows. */
-static bool SplitLst2Line(char *line, char **identifier, char **layer, char **map)
+/* Byte classes of the list reader: a line ends at CR, LF or the NUL; TAB separates. */
+enum { kLst2Plain = 0, kLst2Tab = 1, kLst2End = 2 };
+
+struct Lst2ByteClasses {
+    unsigned char of[256];
+    constexpr Lst2ByteClasses() : of()
+    {
+        of[(unsigned char)'\t'] = kLst2Tab;
+        of[(unsigned char)'\r'] = kLst2End;
+        of[(unsigned char)'\n'] = kLst2End;
+        of[0] = kLst2End;
+    }
+};
+static constexpr Lst2ByteClasses kLst2ByteClass;
+
+/* One line of the list, as the looping line fetcher gives it into a 256-byte buffer
+ * (at most 255 characters, up to CR, LF or the NUL), split into fields the way the
+ * tokenizer on TAB splits it (runs of TABs are one separator, a leading TAB is
+ * skipped). Returns where the next line starts (past a CR LF as one break), or null at
+ * the end of the text. */
+struct Lst2Line {
+    const char *fields[3];
+    long lengths[3];
+    int count;   /* fields found, at most three */
+};
+
+static const unsigned char *ReadLst2Line(const unsigned char *p, Lst2Line *line)
 {
-    char *cursor = line;
-    *identifier = NextLst2Token(&cursor, "\t");
-    *layer = NextLst2Token(&cursor, "\t");
-    *map = NextLst2Token(&cursor, "\t");
-    return *identifier != nullptr && strlen(*identifier) == kLst2IdentifierLength &&
-           *layer != nullptr && strlen(*layer) <= kLst2MaxNameLength &&
-           *map != nullptr && strlen(*map) <= kLst2MaxNameLength;
+    const long cut = kLst2ListLineSize - 1;
+    line->count = 0;
+    long i = 0;
+    while (line->count < 3) {
+        while (i < cut && kLst2ByteClass.of[p[i]] == kLst2Tab)
+            i++;
+        if (i >= cut || kLst2ByteClass.of[p[i]] == kLst2End)
+            break;
+        long start = i;
+        while (i < cut && kLst2ByteClass.of[p[i]] == kLst2Plain)
+            i++;
+        line->fields[line->count] = (const char *)p + start;
+        line->lengths[line->count] = i - start;
+        line->count++;
+    }
+    while (kLst2ByteClass.of[p[i]] != kLst2End)
+        i++;
+    if (p[i] == 0)
+        return nullptr;
+    return p + i + ((p[i] == '\r' && p[i + 1] == '\n') ? 2 : 1);
 }
 
-/* The result handle used as a growing text: appending one output line after another
- * gives the same text as appending each with CatHandleContents (the text followed by a
- * NUL), but lines gather in a local buffer first and the handle grows geometrically, so
- * a long list costs few host calls and is not copied once per line by a host whose
- * handles move when they grow. */
+/* A line is taken when it has an identifier of exactly 16 characters and a layer and a
+ * map name of at most 63 each. */
+static bool IsTakenLst2Line(const Lst2Line *line)
+{
+    return line->count == 3 && line->lengths[0] == kLst2IdentifierLength &&
+           line->lengths[1] <= kLst2MaxNameLength && line->lengths[2] <= kLst2MaxNameLength;
+}
+
+/* The result handle used as a growing text, written in place while it is locked:
+ * appending one output line after another gives the same text as appending each with
+ * CatHandleContents (the text followed by a NUL), but the handle is sized once for the
+ * whole list (it grows geometrically only past that) and shrinks in place at the end,
+ * so that a long list costs a few host calls and no copy of the result. */
 struct Lst2Output {
     char **handle;
     long used;        /* characters of text in the handle, without the NUL */
     long capacity;    /* the handle's size; 0 until the first append */
-    long staged;      /* characters waiting in stage */
+    long firstSize;   /* the size asked for first: the list's own */
     bool appended;    /* an append was made, even of the empty text */
-    char stage[kLst2StageSize];
 };
 
-/* Moves the staged characters into the handle, growing it as needed. */
-static OSErr FlushLst2Output(Lst2Output *out)
+/* Makes room for one more output line; the handle is locked again afterwards. */
+static OSErr MakeRoomInLst2Output(Lst2Output *out)
 {
-    if (!out->appended)
+    long needed = out->used + kLst2OutputLineSize + 1;
+    if (needed <= out->capacity)
         return noErr;
-    if (out->used + out->staged + 1 > out->capacity) {
-        long wanted = out->capacity * 2;
-        if (wanted < kLst2FirstOutputSize)
-            wanted = kLst2FirstOutputSize;
-        if (wanted < out->used + out->staged + 1)
-            wanted = out->used + out->staged + 1;
-        OSErr err = SetFHandleSize(out->handle, wanted);
-        if (err != noErr)
-            return err;
+    long wanted = out->capacity * 2;
+    if (wanted < out->firstSize)
+        wanted = out->firstSize;
+    if (wanted < needed)
+        wanted = needed;
+    if (out->capacity > 0)
+        UnlockFHandle(out->handle);
+    OSErr err = SetFHandleSize(out->handle, wanted);
+    if (err != noErr && wanted > needed) {
+        wanted = needed;   /* no room for the whole list: just for this line */
+        err = SetFHandleSize(out->handle, wanted);
+    }
+    if (err == noErr)
         out->capacity = wanted;
-    }
-    LockFHandle(out->handle);
-    memcpy(*out->handle + out->used, out->stage, (size_t)out->staged);
-    out->used += out->staged;
-    (*out->handle)[out->used] = 0;
-    UnlockFHandle(out->handle);
-    out->staged = 0;
-    return noErr;
+    if (out->capacity > 0)
+        LockFHandle(out->handle);
+    return err;
 }
 
-static OSErr AppendLst2Output(Lst2Output *out, const char *text)
+/* Ends the text with its NUL and gives the handle the size that the appends and the
+ * removal of the trailing NUL would have left: the text alone, or one NUL when the
+ * text is empty. A result that nothing was appended to stays as it was. */
+static void FinishLst2Output(Lst2Output *out)
 {
-    long length = (long)strlen(text);
-    out->appended = true;
-    if (out->staged + length > kLst2StageSize) {
-        OSErr err = FlushLst2Output(out);
-        if (err != noErr)
-            return err;
-    }
-    memcpy(out->stage + out->staged, text, (size_t)length);   /* a line is far below the stage */
-    out->staged += length;
-    return noErr;
-}
-
-/* Flushes and gives the handle the size of its text and the NUL, as the appends would
- * have left it; a result that nothing was appended to stays as it was. */
-static OSErr FinishLst2Output(Lst2Output *out)
-{
-    OSErr err = FlushLst2Output(out);
     if (out->capacity == 0)
-        return err;
-    OSErr sizeErr = SetFHandleSize(out->handle, out->used + 1);
-    return err != noErr ? err : sizeErr;
+        return;
+    (*out->handle)[out->used] = 0;
+    SetFHandleSize(out->handle, out->used > 0 ? out->used : 1);   /* shrinks in place */
+    UnlockFHandle(out->handle);
 }
 
-/* Composes every valid line of the list in the format of gOutputCodes into the result. */
-static OSErr WriteLst2Columns(const char *list, long lineCount, bool fileFlag, char **resultHandle)
+/* Composes every valid line of the list in the format of gOutputCodes into the result,
+ * reading the list once from its start. */
+static OSErr WriteLst2Columns(const char *list, long listSize, bool fileFlag, char **resultHandle)
 {
-    Lst2Output out;
-    out.handle = resultHandle;
-    out.used = out.capacity = out.staged = 0;
-    out.appended = false;
+    Lst2Output out = {resultHandle, 0, 0, listSize, false};
     OSErr err = noErr;
-    char line[kLst2ListLineSize];
-    char composed[kLst2OutputLineSize];
-    for (long i = 0; i < lineCount; i++) {
-        NthLineInTextOptimizedForUseInLoop(list, i, line, sizeof line);
-        char *identifier, *layer, *map;
-        if (!SplitLst2Line(line, &identifier, &layer, &map))
+    for (const unsigned char *p = (const unsigned char *)list; p != nullptr;) {
+        Lst2Line line;
+        p = ReadLst2Line(p, &line);
+        if (!IsTakenLst2Line(&line))
             continue;
-        StrcpyOutputLine(composed, identifier, layer, map);
         if (fileFlag) {
             err = kTableFullErr;   /* -3, as for a full table: output to a file is not provided */
             break;
         }
-        err = AppendLst2Output(&out, composed);
+        err = MakeRoomInLst2Output(&out);
         if (err != noErr)
             break;
+        out.appended = true;
+        out.used += ComposeOutputLine(*out.handle + out.used, line.fields, line.lengths);
     }
-    OSErr finishErr = FinishLst2Output(&out);
-    if (err == noErr)
-        err = finishErr;
-    if (!fileFlag)
-        RemoveTrailingNullTerminator(resultHandle);
+    FinishLst2Output(&out);
     return err;
 }
 
@@ -199,10 +221,10 @@ void TPX1GetParameterLST2(long funcId, char **argHandle, char **resultHandle)
     if (list == nullptr)
         return;
     LockFHandle(list);
-    long lineCount = GetFHandleSize(list) > 0 ? NumLinesInText(*list) : 0;
-    if (lineCount > 0) {
+    long listSize = GetFHandleSize(list);
+    if (listSize > 0) {   /* a list of any text has at least one line */
         bool fileFlag = SetOutputCodesFromFormat(format);
-        err = WriteLst2Columns(*list, lineCount, fileFlag, resultHandle);
+        err = WriteLst2Columns(*list, listSize, fileFlag, resultHandle);
     }
     UnlockFHandle(list);
     if (err != noErr)

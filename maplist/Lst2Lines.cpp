@@ -3,7 +3,6 @@
  * number (TPX1GetParameterLST2Line), one line of any text (TPX1GetNthLine), and the
  * latitude and longitude that travel beside a list (TPX1GetParameterLatLong).
  */
-#include <stdlib.h>
 #include <string.h>
 
 #include "maplist/Lst2.h"
@@ -29,7 +28,7 @@ void TPX1GetParameterLST2Line(long funcId, char **argHandle, char **resultHandle
     if (list == nullptr)
         return;
     LockFHandle(list);
-    long lineNumber = atol(number);
+    long lineNumber = TextToLong(number);
     char line[kLst2LineSize];
     line[0] = 0;   /* a negative number fetches nothing and gives the empty text */
     if (lineNumber >= 0)
@@ -51,9 +50,10 @@ void TPX1GetNthLine(long funcId, char **argHandle, char **resultHandle)
         ReportErrorToUser(funcId, err);
         return;
     }
-    if (number[0] == 0 || atol(number) - 1 < 0)
+    long lineNumber = TextToLong(number);
+    if (number[0] == 0 || lineNumber < 1)
         return;
-    long lineIndex = atol(number) - 1;
+    long lineIndex = lineNumber - 1;
     char line[kNthLineSize];
     LockFHandle(argHandle);
     NthLineInTextNonOptimized(*argHandle, lineIndex, line, sizeof line);

@@ -92,6 +92,18 @@ OSErr LinuxSetFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName);
 OSErr LinuxRstFLock(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName);
 
 /* ---- Open files (FileLinuxOpenFiles.cpp) ---- */
+struct OpenFile {
+    int fd = -1;
+    bool writable = false;
+    int64_t mark = 0;
+    dev_t dev = 0;
+    ino_t ino = 0;
+    bool regular = false;        /* a regular file, which the kernel can copy */
+    bool noKernelCopy = false;   /* the kernel refused to copy from this file */
+    OSErr lateErr = noErr;       /* a failure in completing a copy into this file */
+};
+/* The open file of a reference number; null when none is open under it. */
+OpenFile *FileOfRefNum(int16_t refNum);
 bool IsOpenInProcess(dev_t dev, ino_t ino);
 void CloseAllOpenFiles(void);
 OSErr LinuxOpenDF(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int8_t permission, int16_t *refNum);
@@ -102,6 +114,13 @@ OSErr LinuxSetFPos(int16_t refNum, int16_t posMode, int32_t posOff);
 OSErr LinuxRead(int16_t refNum, int32_t *count, void *buffPtr);
 OSErr LinuxWrite(int16_t refNum, int32_t *count, const void *buffPtr);
 OSErr LinuxClose(int16_t refNum);
+
+/* ---- Copies inside the kernel (FileLinuxCopy.cpp) ---- */
+Boolean LinuxCanCopyRange(int16_t sourceRefNum, int16_t destRefNum);
+OSErr LinuxCopyRange(int16_t sourceRefNum, int16_t destRefNum, int32_t *count, Boolean more);
+void LinuxFinishCopies(void);
+/* A failure in completing a copy into the file, once: noErr when there was none. */
+OSErr TakeLateCopyError(OpenFile *file);
 
 /* ---- Catalog (FileLinuxCatalog.cpp) ---- */
 /* The POSIX name of the item of folder whose classic name is name (for names that a

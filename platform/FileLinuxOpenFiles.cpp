@@ -18,22 +18,7 @@ namespace {
 
 enum { kMaxOpenFiles = 348 };
 
-struct OpenFile {
-    int fd = -1;
-    bool writable = false;
-    int64_t mark = 0;
-    dev_t dev = 0;
-    ino_t ino = 0;
-};
-
 std::vector<OpenFile> gOpenFiles;   /* index: refNum - 1 */
-
-OpenFile *FileOfRefNum(int16_t refNum)
-{
-    if (refNum < 1 || refNum > (int)gOpenFiles.size()) return nullptr;
-    OpenFile *file = &gOpenFiles[refNum - 1];
-    return file->fd >= 0 ? file : nullptr;
-}
 
 bool IsOpenForWriting(dev_t dev, ino_t ino)
 {
@@ -60,6 +45,13 @@ OSErr FileSize(const OpenFile *file, int64_t *size)
 }
 
 } // namespace
+
+OpenFile *FileOfRefNum(int16_t refNum)
+{
+    if (refNum < 1 || refNum > (int)gOpenFiles.size()) return nullptr;
+    OpenFile *file = &gOpenFiles[refNum - 1];
+    return file->fd >= 0 ? file : nullptr;
+}
 
 bool IsOpenInProcess(dev_t dev, ino_t ino)
 {
@@ -99,11 +91,12 @@ OSErr LinuxOpenDF(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, int
     }
     if (fd < 0) return PlatformErrnoToOSErr(errno);
     OpenFile &file = gOpenFiles[slot - 1];
+    file = OpenFile();
     file.fd = fd;
     file.writable = write;
-    file.mark = 0;
     file.dev = item.st.st_dev;
     file.ino = item.st.st_ino;
+    file.regular = S_ISREG(item.st.st_mode);
     *refNum = slot;
     return noErr;
 }
@@ -206,6 +199,10 @@ OSErr LinuxWrite(int16_t refNum, int32_t *count, const void *buffPtr)
         *count = 0;
         return wrPermErr;
     }
+    if (OSErr late = TakeLateCopyError(file)) {
+        *count = 0;
+        return late;
+    }
     int32_t wanted = *count, done = 0;
     OSErr err = noErr;
     while (done < wanted) {
@@ -228,6 +225,7 @@ OSErr LinuxClose(int16_t refNum)
     if (!file) return rfNumErr;
     int fd = file->fd;
     file->fd = -1;
+    OSErr late = TakeLateCopyError(file);
     if (close(fd) != 0 && errno != EINTR) return PlatformErrnoToOSErr(errno);
-    return noErr;
+    return late;
 }

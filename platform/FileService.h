@@ -28,6 +28,12 @@ typedef struct Tpx1FileMethods {
     OSErr (*xSetFPos)(int16_t refNum, int16_t posMode, int32_t posOff);
     OSErr (*xRead)(int16_t refNum, int32_t *count, void *buffPtr);
     OSErr (*xWrite)(int16_t refNum, int32_t *count, const void *buffPtr);
+    /* FSCopyRange in three parts: whether the kernel can copy between the two files; the
+     * copy; and completing the bytes a copy left to the next one (a failure there is kept
+     * and answered by the destination's next copy, write or close). */
+    Boolean (*xCanCopyRange)(int16_t sourceRefNum, int16_t destRefNum);
+    OSErr (*xCopyRange)(int16_t sourceRefNum, int16_t destRefNum, int32_t *count, Boolean more);
+    void (*xFinishCopies)(void);
     OSErr (*xClose)(int16_t refNum);
     OSErr (*xCreate)(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, OSType creator,
                      OSType fileType);
@@ -53,6 +59,14 @@ TPX1_API void PlatformFilesReset(void);
  * of the process's own; NULL goes back to /proc/self/mountinfo. Forgets the volumes
  * known so far. For tests of the volume rules. */
 TPX1_API void PlatformFilesUseMountInfo(const char *posixPath);
+
+/* Whether FSCopyRange may copy inside the kernel (on by default): off, it answers
+ * wrgVolTypErr as on file systems that can't, so that tests and benchmarks can run the
+ * read-and-write path too. */
+TPX1_API void PlatformFilesAllowKernelCopy(Boolean allow);
+/* Bytes that FSCopyRange has copied inside the kernel since the library loaded: says
+ * which path a copy took. */
+TPX1_API int64_t PlatformFilesBytesCopiedInKernel(void);
 
 /* The Linux implementation's table. */
 const Tpx1FileMethods *PlatformLinuxFileMethods(void);

@@ -56,6 +56,17 @@ TPX1_API OSErr SetFPos(int16_t refNum, int16_t posMode, int32_t posOff);
 /* *count in: bytes wanted; out: bytes done. eofErr when the end came first. */
 TPX1_API OSErr FSRead(int16_t refNum, int32_t *count, void *buffPtr);
 TPX1_API OSErr FSWrite(int16_t refNum, int32_t *count, const void *buffPtr);
+/* Copies *count bytes from the source's mark to the destination's mark inside the kernel,
+ * without passing them through the caller's memory; both marks move on, *count out: the
+ * bytes copied. It stands for an FSRead of the source and an FSWrite of the destination
+ * and meets their faults, in that order. eofErr when the source ended first.
+ * wrgVolTypErr, with nothing copied and no fault met, when the two files' file systems
+ * can't copy between them: the caller reads and writes instead.
+ * With more set, another FSCopyRange between the same two files, going on from here,
+ * follows; the copy may then leave its last bytes (less than 64 KB) to that call, so that
+ * the kernel copies whole 64 KB blocks. Any other File Manager call, and a failing
+ * FSCopyRange, completes such bytes first. */
+TPX1_API OSErr FSCopyRange(int16_t sourceRefNum, int16_t destRefNum, int32_t *count, Boolean more);
 TPX1_API OSErr FSClose(int16_t refNum);
 TPX1_API OSErr HCreate(int16_t vRefNum, int32_t dirID, ConstStr255Param fileName, OSType creator, OSType fileType);
 TPX1_API OSErr FSpCreate(const FSSpec *theSpec, OSType creator, OSType fileType, int16_t scriptTag);

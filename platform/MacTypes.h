@@ -61,6 +61,7 @@ enum {
     wrPermErr = -61,
     memFullErr = -108,
     dirNFErr = -120,
+    wrgVolTypErr = -123,   /* the operation is not supported on this volume */
     resNotFound = -192,
     resFNotFound = -193,
     procNotFound = -600,

@@ -4,7 +4,6 @@
  * name, the message-handling script and script menu names, the signatures outgoing
  * messages carry, the start-up document and the one-second wait.
  */
-#include <cstdlib>
 #include <cstring>
 
 #include "plugin/Plugin.h"
@@ -60,7 +59,7 @@ void TPX1Ascii2Char(long funcId, char **argHandle, char **resultHandle)
 {
     char number[32];
     strcpyFHandleToCStr(number, sizeof number, argHandle);
-    SetOneCharacterResult(funcId, resultHandle, (char)(atol(number) & 0xFF));
+    SetOneCharacterResult(funcId, resultHandle, (char)(TextToLong(number) & 0xFF));
 }
 
 void TPX1CallScript(long funcId, char **argHandle, char **resultHandle)

@@ -33,6 +33,20 @@ static OSErr WriteNodeValue(DataNode *node, char *text, bool append, bool noDupe
     return CatHandleContents(node->data, text);
 }
 
+/* Undoes what a failing write made: a value handle made for it goes, and so does a node
+ * made for it, so that the list reads as it did before the call. */
+static void ForgetFailedWrite(DataNode **link, DataNode *node, bool madeNode, bool madeValue)
+{
+    if (madeValue) {
+        DisposeFHandle(node->data);
+        node->data = nullptr;
+    }
+    if (madeNode) {
+        *link = node->next;
+        DisposeFPointer(node);
+    }
+}
+
 long SetDataInList(const char *name, unsigned char isSystem, char **newData, DataNode **head, bool append, bool noDupes)
 {
     if (!name || !head || !newData)
@@ -45,10 +59,12 @@ long SetDataInList(const char *name, unsigned char isSystem, char **newData, Dat
     while (*link && strcmp((*link)->name, name) != 0)
         link = &(*link)->next;
     DataNode *node = *link;
+    bool madeNode = false;
     if (!node) {
         node = AppendNewNode(name, isSystem, link);
         if (!node)
             return memFullErr;
+        madeNode = true;
     }
 
     if (!append && strcmpFHandles(node->data, newData) == 0)
@@ -57,11 +73,10 @@ long SetDataInList(const char *name, unsigned char isSystem, char **newData, Dat
     bool madeValue = false;
     if (!node->data) {
         char **value = NewFHandle(1);
-        if (!value)
-            return memFullErr;
-        err = SetHandleContentsAndIncludeTerminator(value, "");
+        err = value ? SetHandleContentsAndIncludeTerminator(value, "") : (OSErr)memFullErr;
         if (err) {
             DisposeFHandle(value);
+            ForgetFailedWrite(link, node, madeNode, false);
             return err;
         }
         node->data = value;
@@ -72,11 +87,7 @@ long SetDataInList(const char *name, unsigned char isSystem, char **newData, Dat
     err = WriteNodeValue(node, *newData, append, noDupes);
     UnlockFHandle(newData);
     if (err) {
-        /* A value made for this write goes again: the node reads empty as before. */
-        if (madeValue) {
-            DisposeFHandle(node->data);
-            node->data = nullptr;
-        }
+        ForgetFailedWrite(link, node, madeNode, madeValue);
         return err;
     }
 

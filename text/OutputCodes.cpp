@@ -31,18 +31,31 @@ short StrToCode(const char *word)
     return 0;
 }
 
-void StrcpyOutputLine(char *dest, const char *field1, const char *field2, const char *field3)
+long ComposeOutputLine(char *dest, const char *const fields[3], const long lengths[3])
 {
-    dest[0] = 0;
+    char *out = dest;
     for (int slot = 0; slot < 10; slot++) {
-        switch (gOutputCodes[slot]) {
-        case kCodeField1: strcat(dest, field1); break;
-        case kCodeField2: strcat(dest, field2); break;
-        case kCodeField3: strcat(dest, field3); break;
-        case kCodeBlank: strcat(dest, " "); break;
-        case kCodeTab: strcat(dest, "\t"); break;
-        case kCodeReturn: strcat(dest, "\r"); break;
-        default: return;
+        int16_t code = gOutputCodes[slot];
+        if (code >= kCodeField1 && code <= kCodeField3) {
+            memcpy(out, fields[code - kCodeField1], (size_t)lengths[code - kCodeField1]);
+            out += lengths[code - kCodeField1];
+        } else if (code == kCodeBlank) {
+            *out++ = ' ';
+        } else if (code == kCodeTab) {
+            *out++ = '\t';
+        } else if (code == kCodeReturn) {
+            *out++ = '\r';
+        } else {
+            break;
         }
     }
+    *out = 0;
+    return (long)(out - dest);
+}
+
+void StrcpyOutputLine(char *dest, const char *field1, const char *field2, const char *field3)
+{
+    const char *const fields[3] = {field1 ? field1 : "", field2 ? field2 : "", field3 ? field3 : ""};
+    const long lengths[3] = {(long)strlen(fields[0]), (long)strlen(fields[1]), (long)strlen(fields[2])};
+    ComposeOutputLine(dest, fields, lengths);
 }

@@ -16,5 +16,8 @@ void ClearOutputCodes(void);
 void SetOutputCode(long slot, short code);
 short StrToCode(const char *word);
 void StrcpyOutputLine(char *dest, const char *field1, const char *field2, const char *field3);
+/* The same with the fields' lengths known (fields need no NUL); returns the line's
+ * length. dest must hold every field as often as a code names it, plus the separators. */
+long ComposeOutputLine(char *dest, const char *const fields[3], const long lengths[3]);
 
 #endif

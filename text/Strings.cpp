@@ -1,9 +1,10 @@
 /*
- * Strings.cpp: the line-end texts, numbers as decimal text, and the Pascal string
+ * Strings.cpp: the line-end texts, numbers to and from decimal text, and the Pascal string
  * helpers (length byte first; appending stops at 250 characters).
  */
 #include "text/TextUtils.h"
 
+#include <cstdlib>
 #include <cstring>
 
 char *ReturnString(void)
@@ -39,6 +40,11 @@ void mylong2str(long value, char *dest)
     while (n)
         *out++ = digits[--n];
     *out = 0;
+}
+
+long TextToLong(const char *text)
+{
+    return text ? strtol(text, nullptr, 10) : 0;
 }
 
 int myc2pstr(const char *text, unsigned char *dest)

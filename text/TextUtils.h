@@ -17,6 +17,10 @@ char *ReturnString(void);
 char *MacReturnString(void);
 char *IbmReturnString(void);
 void mylong2str(long value, char *dest);
+/* The decimal number at the start of text, read as atol reads it (leading blanks, a
+ * sign, digits; 0 when there is none), but held at LONG_MIN or LONG_MAX when it lies
+ * beyond them, so that no text gives an undefined value. */
+long TextToLong(const char *text);
 OSType StringToOSType(const char *text);
 void OSTypeToString(unsigned long code, char *dest);
 bool IsAllSpacesOSType(unsigned long code);

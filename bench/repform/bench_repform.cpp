@@ -39,17 +39,24 @@ int main(int argc, char **argv)
     Shell(catCommand);   /* into the page cache */
 
     std::string years;
-    double cat = Seconds([&] { Shell(catCommand); });
-    double scan = Seconds([&] { years = host.Call(kTPX1GetRepformYearsFromIDs, classic); });
-    double grep = Seconds([&] { Shell(grepCommand); });
+    const int kRuns = 5;
+    Timing cat = Seconds([&] { Shell(catCommand); }, kRuns);
+    Timing scan = Seconds([&] { years = host.Call(kTPX1GetRepformYearsFromIDs, classic); }, kRuns);
+    Timing grep = Seconds([&] { Shell(grepCommand); }, 1);
+    /* Each rewrite changes every identifier: to 2004 and 2008 in turn, the last to 2006. */
     std::string changed;
-    double rewrite = Seconds([&] { changed = host.Call(kTPX1ChangeRepformIDsInFile, "2006|" + classic); }, 1);
+    int rewrites = 0;
+    Timing rewrite = Seconds([&] {
+        const char *year = rewrites == kRuns - 1 ? "2006|" : rewrites % 2 ? "2008|" : "2004|";
+        changed += host.Call(kTPX1ChangeRepformIDsInFile, year + classic);
+        rewrites++;
+    }, kRuns);
     std::string after = host.Call(kTPX1GetRepformYearsFromIDs, classic);
 
     printf("years found: \"%s\"; after the rewrite: \"%s\"\n", years.c_str(), after.c_str());
     PrintRatio("scan", scan, "cat > /dev/null", cat, 1.5);
     PrintRatio("scan", scan, "grep -c -a", grep, 0);
-    PrintRatio("rewrite", rewrite, "cat > /dev/null", cat, 0);
+    PrintRatio("rewrite", rewrite, "cat > /dev/null", cat, 1.5);
 
     std::filesystem::remove_all(folder);
     bool right = changed.empty() && (size < 1300000 || (years == "2001 2003 2005 2007" && after == "2006"));

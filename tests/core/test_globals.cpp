@@ -122,24 +122,39 @@ TEST_F(GlobalsTest, Listing)
               std::string::npos);
 }
 
-TEST_F(GlobalsTest, OutOfMemoryIsReportedAndLeavesNoTrace)
+/* A NODUPES append that fails part way (no memory at any point, or a line over 510
+ * characters after one that would be added) leaves the store as it was before the call:
+ * a new global still does not exist, an existing one keeps its value. */
+TEST_F(GlobalsTest, FailedMergeLeavesTheStoreAsItWas)
 {
-    for (long n = 1;; n++) {
-        ASSERT_LT(n, 50);
-        PlatformDialogClearRecord();
-        HostMemorySetFailure(n, kHostFailOnce);
-        Call(kTPX1AppendToGlobal, "New|NODUPES|a\rb");
-        bool failed = HostMemoryFailuresDelivered() > 0;
-        HostMemorySetFailure(0, kHostFailOff);
-        if (!failed)
-            break;
-        EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1AppendToGlobal.\r\r"
-                                    "Not enough memory to complete this operation.\r\r");
-        std::string state = Describe(gUserGlobalsDataNodeList);
-        std::string reserved = "App Signature=FMP5;Plugin Version=TOPOLUX plugin ver 8.0;";
-        EXPECT_TRUE(state == reserved || state == reserved + "New~;" || state == reserved + "New=a\r;") << state;
-        RemoveGlobalFromList("New");
+    const std::string reserved = "App Signature=FMP5;Plugin Version=TOPOLUX plugin ver 8.0;";
+    Call(kTPX1SetGlobal, "Old|x");
+    for (const char *name : {"New", "Old"}) {
+        std::string before = Describe(gUserGlobalsDataNodeList);
+        for (long n = 1;; n++) {
+            ASSERT_LT(n, 50);
+            PlatformDialogClearRecord();
+            HostMemorySetFailure(n, kHostFailOnce);
+            Call(kTPX1AppendToGlobal, std::string(name) + "|NODUPES|a\rb");
+            bool failed = HostMemoryFailuresDelivered() > 0;
+            HostMemorySetFailure(0, kHostFailOff);
+            if (!failed)
+                break;
+            EXPECT_EQ(LastDialogText(), "An error occurred in the plug-in function TPX1AppendToGlobal.\r\r"
+                                        "Not enough memory to complete this operation.\r\r");
+            EXPECT_EQ(Describe(gUserGlobalsDataNodeList), before) << name << ", allocation " << n;
+        }
+        EXPECT_EQ(DialogCount(), 0);
+        EXPECT_EQ(Value(name, gUserGlobalsDataNodeList), std::string(name) == "Old" ? "xa\rb\r" : "a\rb\r");
+
+        Call(kTPX1SetGlobal, std::string(name) + "|x");
+        before = Describe(gUserGlobalsDataNodeList);
+        Call(kTPX1AppendToGlobal, std::string(name) + "2|NODUPES|a\r" + std::string(511, 'l'));
+        Call(kTPX1AppendToGlobal, std::string(name) + "|NODUPES|a\r" + std::string(511, 'l') + "\rb");
+        EXPECT_EQ(DialogCount(), 2);
+        EXPECT_NE(LastDialogText().find("Error: -345"), std::string::npos) << LastDialogText();
+        EXPECT_EQ(Describe(gUserGlobalsDataNodeList), before);
+        RemoveGlobalFromList(name);
     }
-    EXPECT_EQ(DialogCount(), 0);
-    EXPECT_EQ(Value("New", gUserGlobalsDataNodeList), "a\rb\r");
+    EXPECT_EQ(Describe(gUserGlobalsDataNodeList), reserved);
 }

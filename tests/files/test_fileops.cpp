@@ -11,6 +11,7 @@
 #include "files/FileOps.h"
 #include "host/HostCore.h"
 #include "platform/Faults.h"
+#include "platform/FileService.h"
 #include "platform/Files.h"
 #include "platform/Toolbox.h"
 #include "text/ErrorCodes.h"
@@ -50,8 +51,10 @@ TEST_F(FilesTest, CopyFileCopiesTheDataFork)
 
     std::string data = Pattern(250001);   /* three transfer buffers */
     WriteFile("Apps/a.bin", data);
+    int64_t inKernel = PlatformFilesBytesCopiedInKernel();
     EXPECT_EQ(Call(kTPX1CopyFile, ":a.bin|" + Classic("b.bin")), "");
     EXPECT_EQ(ReadFile("b.bin"), data);
+    EXPECT_EQ(PlatformFilesBytesCopiedInKernel() - inKernel, 250001) << "one file system: inside the kernel";
 
     /* A locked destination is unlocked and replaced. */
     WriteFile("locked.bin", "old and longer than the new one");
@@ -106,7 +109,8 @@ TEST_F(FilesTest, CopyFileFailureTexts)
         {kFaultFSRead, 1, "Error: TransferFileSection failed."},
         {kFaultFSWrite, 1, "Error: TransferFileSection failed."},
     };
-    for (const Case &c : cases) {
+    for (const Case &c : cases) for (bool kernel : {true, false}) {
+        PlatformFilesAllowKernelCopy(kernel);   /* a chunk copied in the kernel meets the same faults */
         PlatformFaultClearAll();
         PlatformFaultSet(c.op, c.nth, ioErr, false);
         /* A failed copy leaves its files open, so every case copies to a new name. */
@@ -120,33 +124,46 @@ TEST_F(FilesTest, CopyFileFailureTexts)
             EXPECT_TRUE(Contains(dialogs, "Error: -36")) << PlatformFaultPointName(c.op);
         }
     }
+    PlatformFilesAllowKernelCopy(true);
 }
 
+/* Inside the kernel and through the buffer alike: the buffer backs off, the chunks are
+ * the buffer's size, each chunk meets the read's fault point once, and when a chunk
+ * fails the destination holds exactly the chunks before it. */
 TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
 {
     std::string data = Pattern(200000);
     WriteFile("from.bin", data);
-    WriteFile("to.bin", "");
     Str255 from, to;
     PascalOf(Classic("from.bin"), from);
     PascalOf(Classic("to.bin"), to);
-    int16_t source = 0, destination = 0;
-    ASSERT_EQ(HOpenDF(0, 0, from, fsRdPerm, &source), noErr);
-    ASSERT_EQ(HOpenDF(0, 0, to, fsRdWrPerm, &destination), noErr);
+    for (bool kernel : {true, false}) for (bool failSecond : {false, true}) {
+        PlatformFilesAllowKernelCopy(kernel);
+        WriteFile("to.bin", "");
+        int16_t source = 0, destination = 0;
+        ASSERT_EQ(HOpenDF(0, 0, from, fsRdPerm, &source), noErr);
+        ASSERT_EQ(HOpenDF(0, 0, to, fsRdWrPerm, &destination), noErr);
 
-    HostMemorySetFailure(1, kHostFailFromThenOn);
-    EXPECT_EQ(TransferFileSection(source, destination, 0, 200000), kMissingErr);
-    EXPECT_EQ(HostMemoryAllocationCount(), 20) << "100000 down to 5000 in steps of 5000";
+        HostMemorySetFailure(1, kHostFailFromThenOn);
+        EXPECT_EQ(TransferFileSection(source, destination, 0, 200000), kMissingErr);
+        EXPECT_EQ(HostMemoryAllocationCount(), 20) << "100000 down to 5000 in steps of 5000";
 
-    HostMemorySetFailure(1, kHostFailOnce);
-    PlatformFaultSet(kFaultFSRead, 1000000, ioErr, false);   /* counts the calls */
-    EXPECT_EQ(TransferFileSection(source, destination, 100000, 200000), noErr);
-    EXPECT_EQ(HostMemoryAllocationCount(), 2);
-    EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 2) << "a 95000-byte buffer needs two reads";
-    HostMemorySetFailure(0, kHostFailOff);
-    FSClose(source);
-    FSClose(destination);
-    EXPECT_EQ(ReadFile("to.bin"), data.substr(100000));
+        HostMemorySetFailure(1, kHostFailOnce);
+        PlatformFaultSet(kFaultFSRead, 1000000, ioErr, false);   /* counts the calls */
+        if (failSecond)
+            PlatformFaultSet(kFaultFSWrite, 2, ioErr, false);
+        int64_t inKernel = PlatformFilesBytesCopiedInKernel();
+        EXPECT_EQ(TransferFileSection(source, destination, 100000, 200000), failSecond ? ioErr : noErr);
+        EXPECT_EQ(HostMemoryAllocationCount(), 2);
+        EXPECT_EQ(PlatformFaultCalls(kFaultFSRead), 2) << "a 95000-byte buffer needs two chunks";
+        EXPECT_EQ(PlatformFilesBytesCopiedInKernel() - inKernel, kernel ? (failSecond ? 95000 : 100000) : 0);
+        HostMemorySetFailure(0, kHostFailOff);
+        PlatformFaultClearAll();
+        FSClose(source);
+        FSClose(destination);
+        EXPECT_EQ(ReadFile("to.bin"), data.substr(100000, failSecond ? 95000 : 100000)) << kernel;
+    }
+    PlatformFilesAllowKernelCopy(true);
 }
 
 TEST_F(FilesTest, DeleteFileRetriesABusyFile)
@@ -191,6 +208,10 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|100|:f.txt"), "fgh");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "8|1|" + Classic("Apps:f.txt")), "h");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9|5|:f.txt"), "");
+    /* A count far beyond the file asks the host for no more than the file holds. */
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|2147483646|:f.txt"), "fgh");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|9223372036854775807|:f.txt"), "fgh");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9223372036854775807|1|:f.txt"), "");
     EXPECT_TRUE(TakeDialogs().empty());
 
     PlatformFaultSet(kFaultFSRead, 1, ioErr, false);

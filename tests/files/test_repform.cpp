@@ -57,7 +57,7 @@ TEST(RepformIdentifier, FastSearchFindsWhatTheTestFindsAtEveryOffset)
     std::mt19937 random(4);
     const char alphabet[] = "CKLMTVFADPHckmtvfadphTtRr2009x";
     for (int round = 0; round < 200; round++) {
-        size_t length = 8 + random() % 300;
+        size_t length = 8 + random() % 700;   /* past two 256-byte blocks */
         std::vector<unsigned char> data(length + 1);
         for (size_t i = 0; i < length; i++)
             data[i] = (unsigned char)alphabet[random() % (sizeof alphabet - 1)];
@@ -109,6 +109,10 @@ TEST_F(RepformTest, ChangeRewritesEveryIdentifierInPlace)
     EXPECT_EQ(Years(":c.rpf"), "2003");
     EXPECT_EQ(Change("2000|" + Classic("Apps:c.rpf")), "");
     EXPECT_EQ(ReadFile("Apps/c.rpf"), "PHTR2000 at the very start, ckTR2000 inside, fdTR2000");
+    PlatformFaultSet(kFaultFSWrite, 1000000, ioErr, false);   /* counts the calls */
+    EXPECT_EQ(Change("2000|:c.rpf"), "");
+    EXPECT_EQ(PlatformFaultCalls(kFaultFSWrite), 0) << "nothing changed, nothing written";
+    PlatformFaultClearAll();
 
     EXPECT_EQ(Change("2003"), "Error: TPX1ChangeRepformIDsInFile requires two parameters (vertical bar not found)");
     EXPECT_EQ(Change("1999|:c.rpf"), "Programmer Error: TPX1ChangeRepformIDsInFile year must be between 2000 and 2009");

@@ -7,6 +7,7 @@
 #include "iac/IacTables.h"
 #include "platform/TestBus.h"
 #include "platform/Toolbox.h"
+#include "files/Paths.h"
 #include "store/Globals.h"
 
 TEST_F(IacTest, GreetingsCarryMenusMapsAndTheFirstView)
@@ -124,6 +125,20 @@ TEST_F(IacTest, MapTableKeysFoldersAndRefusesASixth)
     ASSERT_EQ(PlatformDialogRecordedCount(), 1);
     EXPECT_NE(std::string(PlatformDialogRecorded(0)->text).find("Error: -3"), std::string::npos);
     for (const MapEntry &entry : gTopoluxMaps) EXPECT_NE(std::string(entry.folder), base + "M6:");
+}
+
+TEST_F(IacTest, MapInfoReferenceFileIsTheWholeRestAfterTheSecondBar)
+{
+    IacTempFolder temp;
+    temp.Write("BaseDirectoryList.txt", temp.Classic("One") + "\r" + temp.Classic("Two") + "\r");
+    temp.Write("One/Ref", "what a cut at the third bar would find");
+    temp.Write("Two/Ref|1.txt");
+    SetGlobalFromStr("App Folder with Delim", 1, (temp.Classic() + ":").c_str());
+    Call(kTPX1SetTopoluxMapInfo, ":Maps:|DRAW|:Ref|1.txt");
+    EXPECT_EQ(std::string(gTopoluxMaps[0].folder), temp.Classic("Two") + ":Maps:");
+    EXPECT_STREQ(gTopoluxMaps[0].options, "DRAW");
+    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    DetermineBaseDirectoryFromTheReferenceFile("");
 }
 
 TEST_F(IacTest, FirstViewTakesFourTokensInLeftTopRightBottomOrder)

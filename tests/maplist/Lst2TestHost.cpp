@@ -84,3 +84,11 @@ std::string Lst2Test::DialogText(int i)
     const DialogSpec *theSpec = PlatformDialogRecorded(i);
     return theSpec != nullptr ? std::string(theSpec->text) : std::string("<no dialog>");
 }
+
+std::string WithLineEnds(const std::string &list, const std::string &end)
+{
+    std::string out;
+    for (char c : list)
+        out += c == '\r' ? end : std::string(1, c);
+    return out;
+}

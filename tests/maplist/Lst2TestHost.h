@@ -1,8 +1,8 @@
 /*
  * Lst2TestHost.h: the fixture of the map object list tests: the plug-in linked in and
  * called through its entry with fmhost's host memory, recorded dialogs, external calls
- * by function id, and helpers to put a message into the incoming list and to read the
- * outgoing list.
+ * by function id, helpers to put a message into the incoming list and to read the
+ * outgoing list, and lists with other line ends.
  */
 #ifndef TPX1_LST2TESTHOST_H
 #define TPX1_LST2TESTHOST_H
@@ -14,6 +14,9 @@
 #include "host/HostCore.h"
 
 enum { kHostVersion = 60 };
+
+/* The list with every CR replaced by another line end (LF, CR LF, ...). */
+std::string WithLineEnds(const std::string &list, const std::string &end);
 
 class Lst2Test : public ::testing::Test {
 protected:

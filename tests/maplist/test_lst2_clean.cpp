@@ -61,6 +61,13 @@ TEST_F(Lst2Clean, InvalidAndRepeatedLinesGoFirstOccurrencesStay)
     EXPECT_EQ(Z(kB + "0123456789ABCDEF\t\tRoads\r" + "0123456789ABCDEF\tRoads\r"),
               Clean(kB + "0123456789ABCDEF\t\tRoads\r" + "0123456789ABCDEF\tRoads\r"))
         << "lines differing in their TABs are different lines";
+    /* CR LF and LF end lines too; the cleaned list ends its lines in CR. */
+    EXPECT_EQ(Z(kA + kB + kC), Clean(WithLineEnds(kA + kB + kA + kC, "\r\n")));
+    EXPECT_EQ(Z(kA + kB + kC), Clean(WithLineEnds(kA + kB + kA + kC, "\n")));
+    EXPECT_EQ(Z(kA + kB + kC), Clean(WithLineEnds(kA, "\n") + WithLineEnds(kB, "\r\n") + kA + WithLineEnds(kC, "\n"))) << "mixed ends";
+    EXPECT_EQ(Z(kA + kB), Clean(WithLineEnds(kA, "\n") + WithLineEnds(kB, "\n\r") + "\n"))
+        << "LF then CR is two breaks: the empty line between them goes";
+    EXPECT_EQ(Z("bad\r\n"), Clean("bad\r\n")) << "one line stays as it is, its break too";
     EXPECT_EQ(0, DialogCount());
 }
 
@@ -99,19 +106,20 @@ TEST_F(Lst2Clean, StirDrawsTwoNumbersPerRoundAndChangesNothing)
 }
 
 /* The cleaning stated directly: a line stays when it is valid and no earlier valid line
- * equals it after upper-casing; lists of fewer than two lines stay as they are. */
+ * equals it after upper-casing, and ends in CR when it had a break (CR, LF or CR LF);
+ * lists of fewer than two lines stay as they are. */
 std::string ModelClean(const std::string &text)
 {
     std::vector<std::string> lines;
     size_t start = 0;
     while (start < text.size()) {
-        size_t end = text.find('\r', start);
+        size_t end = text.find_first_of("\r\n", start);
         if (end == std::string::npos) {
             lines.push_back(text.substr(start));
             break;
         }
-        lines.push_back(text.substr(start, end - start + 1));
-        start = end + 1;
+        lines.push_back(text.substr(start, end - start) + "\r");
+        start = end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1);
     }
     if (lines.size() < 2)
         return text;
@@ -149,16 +157,18 @@ TEST_F(Lst2Clean, RandomListsMatchTheModelInSmallAndLargeGroups)
     std::mt19937 random(20240611);
     for (int round = 0; round < 60; round++) {
         int lineCount = round < 50 ? (int)(random() % 40) : 400;   /* 400: groups beyond 32 */
+        const char *ends[] = {"\r", "\r", "\n", "\r\n"};
         std::string list;
         for (int i = 0; i < lineCount; i++) {
+            const char *end = ends[round < 20 ? 0 : random() % 4];   /* the first rounds: CR only */
             if (random() % 17 == 0) {
-                list += "\r";
+                list += end;
                 continue;
             }
             list += std::string(ids[random() % (round < 50 ? 6 : 2)]) + "\t" + names[random() % 8] + "\t" +
                     names[random() % 8];
             if (i + 1 < lineCount || random() % 2)
-                list += "\r";
+                list += end;
         }
         std::string expected = ModelClean(list);
         char buffer[32768];

@@ -46,6 +46,15 @@ TEST_F(Lst2Test, ColumnFormatTakesValidLinesInTheChosenColumns)
     EXPECT_EQ(blanks + blanks + blanks + blanks + blanks,
               Call(kTPX1GetParameterLST2, "space space space space space space space space space return "
                                         "TOPOLUXID RETURN"));
+    /* LF and CR LF end lines as CR does; the output's breaks are CR. */
+    for (const char *end : {"\n", "\r\n"}) {
+        Receive({"MSSG", "SHOW", "LST2", WithLineEnds(kList, end)});
+        EXPECT_EQ(kId1 + "\r" + kId2 + "\r" + kId3 + "\r" + kId2 + "\r" + "abcdef0123456789\r",
+                  Call(kTPX1GetParameterLST2, "TOPOLUXID RETURN"));
+    }
+    /* A line is read as its first 255 characters: here the map name keeps 7. */
+    Receive({"MSSG", "SHOW", "LST2", std::string(180, '\t') + kId1 + "\t" + k64.substr(0, 50) + "\tMapNameMore"});
+    EXPECT_EQ("MapName", Call(kTPX1GetParameterLST2, "MAPNAME"));
     EXPECT_EQ(0, DialogCount());
 }
 
@@ -75,6 +84,8 @@ TEST_F(Lst2Test, LineOfListByNumber)
     EXPECT_EQ("third", Call(kTPX1GetParameterLST2Line, "2"));
     EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "3", "old")) << "past the end";
     EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "-1", "old")) << "negative: the empty text";
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "-9223372036854775809", "old"));
+    EXPECT_EQ("", Call(kTPX1GetParameterLST2Line, "9223372036854775808", "old"));
     EXPECT_EQ(kId1 + "\tA\tM", Call(kTPX1GetParameterLST2Line, "zero", "old")) << "atol gives 0";
     EXPECT_EQ(0, DialogCount());
 }
@@ -90,6 +101,11 @@ TEST_F(Lst2Test, NthLineOfAnyText)
     EXPECT_EQ("old", Call(kTPX1GetNthLine, "0|a\rb", "old"));
     EXPECT_EQ("old", Call(kTPX1GetNthLine, "|a\rb", "old"));
     EXPECT_EQ("old", Call(kTPX1GetNthLine, "-2|a\rb", "old"));
+    /* Numbers at and beyond the limits of long. */
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "-9223372036854775808|a\rb", "old"));
+    EXPECT_EQ("old", Call(kTPX1GetNthLine, "-99999999999999999999|a\rb", "old"));
+    EXPECT_EQ("", Call(kTPX1GetNthLine, "9223372036854775807|a\rb", "old"));
+    EXPECT_EQ("", Call(kTPX1GetNthLine, "99999999999999999999|a\rb", "old"));
     std::string longLine(6000, 'z');
     EXPECT_EQ(std::string(4999, 'z'), Call(kTPX1GetNthLine, "1|" + longLine)) << "cut to the 5000-byte buffer";
     EXPECT_EQ(0, DialogCount());

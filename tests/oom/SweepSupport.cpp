@@ -124,10 +124,12 @@ std::string LoadCallUnload()
     return result;
 }
 
-/* Every global reads back through TPX1GetGlobal exactly as stored. */
-std::string GlobalsReadBack()
+using GlobalValues = std::vector<std::pair<std::string, std::string>>;
+
+/* Every global's name and value, in list order. */
+GlobalValues TakeGlobals()
 {
-    std::vector<std::pair<std::string, std::string>> globals;
+    GlobalValues globals;
     HarnessUseStandingBlock();
     for (DataNode *node = gUserGlobalsDataNodeList; node; node = node->next) {
         std::string value;
@@ -137,6 +139,12 @@ std::string GlobalsReadBack()
         }
         globals.emplace_back(node->name, value);
     }
+    return globals;
+}
+
+/* Every global reads back through TPX1GetGlobal exactly as stored. */
+std::string GlobalsReadBack(const GlobalValues &globals)
+{
     for (const auto &global : globals) {
         std::string read = HostCallExternal(HarnessPlugin(), kTPX1GetGlobal, global.first);
         if (read != global.second)
@@ -196,6 +204,7 @@ const std::vector<SweepCase> &SweepCases()
         {kTPX1SetGlobal, "Count|4", kSetupGlobals, {}},
         {kTPX1SetGlobal, "Fresh|a long value for a new global", kSetupGlobals, {}},
         {kTPX1AppendToGlobal, "Log|NODUPES|b\rc\r", kSetupGlobals, {}},
+        {kTPX1AppendToGlobal, "Fresh|NODUPES|b\rc\r", kSetupGlobals, {}},
         {kTPX1AppendToGlobal, "Count|9", kSetupGlobals, {}},
         {kTPX1UnsetGlobal, "Count", kSetupGlobals, {}},
         {kTPX1UnsetGlobal, "*", kSetupGlobals, {}},
@@ -271,6 +280,7 @@ SweepRun RunSweepCase(const SweepCase &c, void (*arm)(void *), void (*disarm)(vo
 
     if (c.id == kSweepReceive)
         DeliverIncomingMessage();   /* queued now, handled once the failure is armed */
+    GlobalValues before = TakeGlobals();
     arm(context);
     if (c.alsoFailing != kFaultPointCount)
         PlatformFaultSet(c.alsoFailing, c.alsoFailingCall, connectionInvalid, false);
@@ -308,8 +318,10 @@ SweepRun RunSweepCase(const SweepCase &c, void (*arm)(void *), void (*disarm)(vo
         run.storeProblem = HarnessStoreProblems(true);
         if (run.storeProblem.empty())
             run.storeProblem = ArchiveOrder();
+        GlobalValues after = TakeGlobals();
+        run.globalsChanged = after != before;
         if (run.storeProblem.empty())
-            run.storeProblem = GlobalsReadBack();
+            run.storeProblem = GlobalsReadBack(after);
         HarnessTakeDialogs();
         HostShutdown(plugin);
     }

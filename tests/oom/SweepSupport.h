@@ -3,8 +3,9 @@
  * representative calls (one or more per external function, plus idle and an incoming
  * message), the state each call needs set up before it runs, one run of a call against
  * a fresh plug-in through the entry function, and the checks after it (the stores hold
- * together, every global reads back, the archive keeps its order, the dialogs say what
- * they may, no host memory and no open file is left after Shutdown).
+ * together, every global reads back, the archive keeps its order, whether the globals
+ * changed, the dialogs say what they may, no host memory and no open file is left after
+ * Shutdown).
  */
 #ifndef TPX1_TESTS_SWEEPSUPPORT_H
 #define TPX1_TESTS_SWEEPSUPPORT_H
@@ -58,6 +59,7 @@ struct SweepRun {
     std::string result;                 /* the result text */
     std::vector<std::string> dialogs;   /* texts of the dialogs shown during the call */
     std::string storeProblem;           /* empty when the stores hold together */
+    bool globalsChanged = false;        /* the globals differ from before the call */
     long leakedBlocks = 0;              /* host handles and pointers left after Shutdown */
     std::string leakReport;
     int openFiles = 0;                  /* files left open after the call */

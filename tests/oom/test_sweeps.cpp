@@ -5,7 +5,8 @@
  * failure, once and from then on; and with every platform fault point it reaches (file,
  * event, process, resource and dialog calls) failing in turn with the errors a Mac gives
  * for it. After each run: no crash, the stores hold together and
- * read back, the archive keeps its order, only the memory sentence or the call's own
+ * read back, a call that failed with a memory report left the globals as they were, the
+ * archive keeps its order, only the memory sentence or the call's own
  * error texts are shown, and Shutdown gives every handle and pointer back.
  * Each test prints its figures (runs, failure points, faults delivered).
  */
@@ -70,6 +71,14 @@ bool ToldTheUser(const SweepRun &run)
            run.result.compare(0, 16, "Programmer Error") == 0;
 }
 
+bool ReportedNoMemory(const SweepRun &run)
+{
+    for (const std::string &text : run.dialogs)
+        if (text.find(kMemorySentence) != std::string::npos)
+            return true;
+    return false;
+}
+
 void Tally::Delivered(const SweepRun &run, const std::string &where, const std::string &normal)
 {
     failurePoints++;
@@ -117,6 +126,8 @@ TEST(OutOfMemorySweep, EveryCallSurvivesEachHostAllocationFailing)
                 CheckRun(&tally, c, run, where, {});
                 if (run.hostFailures == 0)
                     break;
+                if (run.globalsChanged && ReportedNoMemory(run))
+                    tally.Problem(where, "the call failed, yet the globals changed");
                 tally.Delivered(run, where, "");
             }
         }

@@ -87,28 +87,42 @@ TEST_F(FileIO, ReadWriteMarksAndEndOfFile)
     EXPECT_EQ(Open("", fsRdPerm, &ref), fnfErr);   /* the folder itself */
 }
 
+/* Read and written, or copied inside the kernel (each copy saying that more follow):
+ * another call sees every chunk copied so far whole, and closing completes the last. */
 TEST_F(FileIO, LargeTransferInChunksKeepsEveryByte)
 {
     std::string content(3 * 1000 * 1000 + 7, '\0');
     for (size_t i = 0; i < content.size(); i++) content[i] = (char)(i * 131 + (i >> 12));
     WritePosixFile("src.bin", content);
-    ASSERT_EQ(HCreate(0, 0, Pascal(Classic("dst.bin")), 0, 0), noErr);
-    int16_t src, dst;
-    ASSERT_EQ(Open("src.bin", fsRdPerm, &src), noErr);
-    ASSERT_EQ(Open("dst.bin", fsCurPerm, &dst), noErr);
-    EXPECT_NE(src, dst);
-    int32_t eof;
-    ASSERT_EQ(GetEOF(src, &eof), noErr);
-    std::vector<char> buffer(100000);
-    for (int32_t left = eof; left > 0;) {
-        int32_t count = left < (int32_t)buffer.size() ? left : (int32_t)buffer.size();
-        ASSERT_EQ(FSRead(src, &count, buffer.data()), noErr);
-        ASSERT_EQ(FSWrite(dst, &count, buffer.data()), noErr);
-        left -= count;
+    for (bool inKernel : {false, true}) {
+        HDelete(0, 0, Pascal(Classic("dst.bin")));
+        ASSERT_EQ(HCreate(0, 0, Pascal(Classic("dst.bin")), 0, 0), noErr);
+        int16_t src, dst;
+        ASSERT_EQ(Open("src.bin", fsRdPerm, &src), noErr);
+        ASSERT_EQ(Open("dst.bin", fsCurPerm, &dst), noErr);
+        EXPECT_NE(src, dst);
+        int32_t eof;
+        ASSERT_EQ(GetEOF(src, &eof), noErr);
+        std::vector<char> buffer(100000);
+        int64_t kernelBytes = PlatformFilesBytesCopiedInKernel();
+        for (int32_t left = eof; left > 0;) {
+            int32_t count = left < (int32_t)buffer.size() ? left : (int32_t)buffer.size();
+            if (inKernel) {
+                ASSERT_EQ(FSCopyRange(src, dst, &count, true), noErr);
+            } else {
+                ASSERT_EQ(FSRead(src, &count, buffer.data()), noErr);
+                ASSERT_EQ(FSWrite(dst, &count, buffer.data()), noErr);
+            }
+            left -= count;
+            int32_t written = 0;
+            ASSERT_EQ(GetEOF(dst, &written), noErr);
+            ASSERT_EQ(written, eof - left);
+        }
+        EXPECT_EQ(FSClose(src), noErr);
+        EXPECT_EQ(FSClose(dst), noErr);
+        EXPECT_TRUE(ReadPosixFile("dst.bin") == content);
+        EXPECT_EQ(PlatformFilesBytesCopiedInKernel() - kernelBytes, inKernel ? eof : 0);
     }
-    EXPECT_EQ(FSClose(src), noErr);
-    EXPECT_EQ(FSClose(dst), noErr);
-    EXPECT_TRUE(ReadPosixFile("dst.bin") == content);
 }
 
 TEST_F(FileIO, CreateAndDeleteAnswerAsTheMacDoes)

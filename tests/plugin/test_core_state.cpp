@@ -151,7 +151,8 @@ void FillEveryPiece()
     Call(kTPX1GoToApp, "NMB5");
 
     /* What no external function leaves behind: list 2 is emptied after every send, the
-     * guard is up only while Idle runs, the line-end texts have no caller, and the
+     * guard is up only while Idle runs, the line-end texts and the looping line fetcher
+     * have no caller (the column reader reads its list in one pass of its own), and the
      * handler is closed by Shutdown, which also frees the lists. */
     HarnessUseStandingBlock();
     SetOutgoingMessageParameterFromStr("XTRA", "kept", 2);
@@ -159,6 +160,9 @@ void FillEveryPiece()
     ReturnString();
     IbmReturnString();
     MacReturnString();
+    static const char kTwoLines[] = "a\rb";
+    char line[8];
+    NthLineInTextOptimizedForUseInLoop(kTwoLines, 0, line, sizeof line);
     CloseIac();
 }
 
