@@ -175,7 +175,9 @@ OSErr GetDefaultPath(unsigned long signature, char *path)
     if (strlen(path) + strlen(tail) > 255)
         return kMissingErr;
     strcat(path, tail);
-    return FileExists(path) ? noErr : kMissingErr;
+    if (!FileExists(path))
+        return kMissingErr;
+    return noErr;
 }
 
 OSErr SignatureToApp(unsigned long signature, const FSSpec *document, ProcessSerialNumber *psn, FSSpec *appSpec,

@@ -6,17 +6,15 @@
 #ifndef TPX1_ERRORCODES_H
 #define TPX1_ERRORCODES_H
 
-enum {
-    kMissingErr = -1,              /* a required handle, pointer or value is missing */
-    kNoListOrSignatureErr = -2,    /* no such outgoing list, or no signature */
-    kTableFullErr = -3,            /* a table is full (the map table, for example) */
-    kArchiveFullErr = -33,         /* the message archive is full */
-    kReservedGlobalErr = -117,     /* a reserved global cannot be removed */
-    kNoMessageIdErr = -123,        /* the message id is missing */
-    kNoBarErr = -222,              /* an argument lacks its "|" separator */
-    kPartnerNotRunningErr = -234,  /* the partner must already be running and is not */
-    kLineTooLongErr = -345,        /* a line is over 510 characters (merging) */
-    kNoSuchGlobalErr = -2802       /* no such global (or no such node, or no message) */
-};
+constexpr short kMissingErr = -1;           /* a required handle, pointer or value is missing */
+constexpr short kNoListOrSignatureErr = -2; /* no such outgoing list, or no signature */
+constexpr short kTableFullErr = -3;         /* a table is full (the map table, for example) */
+constexpr short kArchiveFullErr = -33;      /* the message archive is full */
+constexpr short kReservedGlobalErr = -117;  /* a reserved global cannot be removed */
+constexpr short kNoMessageIdErr = -123;     /* the message id is missing */
+constexpr short kNoBarErr = -222;           /* an argument lacks its "|" separator */
+constexpr short kPartnerNotRunningErr = -234; /* the partner must already be running and is not */
+constexpr short kLineTooLongErr = -345;     /* a line is over 510 characters (merging) */
+constexpr short kNoSuchGlobalErr = -2802;   /* no such global (or no such node, or no message) */
 
 #endif
