@@ -2,9 +2,11 @@
  * test_bus_processes.cpp: the processes fmhost starts on the bus. Partners the plug-in
  * launches are started once per call and never while an earlier copy is still
  * starting: one that joins slowly, one that never joins, one that exits at once, each
- * with its alert and its line on standard error; a launch for TPX1GoToApp brings the
- * partner forward (Activate), one for a message does not. And the private dbus-daemon
- * fmhost starts ends with fmhost, however fmhost ends.
+ * with its alert and its line on standard error. A launched TOPOLUX is greeted, and the
+ * plug-in answers its menu hits and selection reports itself; a launch for TPX1GoToApp
+ * brings the partner forward (Activate), one for a message does not; both hear "BYE "
+ * at Shutdown. And the private dbus-daemon fmhost starts ends with fmhost, however
+ * fmhost ends.
  */
 #include <csignal>
 #include <filesystem>
@@ -28,10 +30,11 @@ protected:
         return path;
     }
 
-    std::string Partner(const char *signature, const char *name, const std::string &log)
+    std::string Partner(const char *signature, const char *name, const std::string &log, const std::string &rules = "")
     {
-        return std::string("exec '" VESK_PATH "' partner --as ") + signature + " --name " + name + " --log '" + log +
-               "' \"$@\"";
+        HarnessWriteFile(temp + "/rules-" + signature, rules);
+        return std::string("exec '" VESK_PATH "' partner --as ") + signature + " --name " + name + " --rules '" + temp +
+               "/rules-" + signature + "' --log '" + log + "' \"$@\"";
     }
 
     std::string SendTo(const char *signature)
@@ -108,33 +111,59 @@ TEST_F(BusProcesses, PartnerThatExitsAtOnceIsReportedAndNoOtherPlaceTried)
     EXPECT_EQ(StopHost(), 0);
 }
 
-TEST_F(BusProcesses, GoToAppBringsTheLaunchedPartnerForward)
+TEST_F(BusProcesses, LaunchedPartnersAreAnsweredBroughtForwardAndToldBye)
 {
     std::string topolux = temp + "/topolux.log", nimbo = temp + "/nimbo.log";
-    Install("Applications/TOPOLUX Folder", "TOPOLUX", Partner("TPX1", "TOPOLUX", topolux));
+    Install("Applications/TOPOLUX Folder", "TOPOLUX",
+            Partner("TPX1", "TOPOLUX", topolux,
+                    "on HOLA send MSSG=MHIT ITEM=1\non MYOD send MSSG=YROD XTRA=$XTRA NUM =0\n"
+                    "on ALRT send MSSG=MHIT ITEM=2\n"));
     Install("Applications/NIMBO Folder", "NIMBO", Partner("NMB5", "NIMBO", nimbo));
     StartHost();
-    EXPECT_EQ(Calc("TPX1GoToApp(\"TPX1\")"),
-              "\"" + Classic(temp + "/Applications/TOPOLUX Folder/TOPOLUX") + "\"\n");
+    Run("TPX1SetTopoluxFirstView(\"-90,40,-80,30\")\n"
+        "TPX1SetTopoluxSharingMenu(\"Sites|Get info;Go to the sites\")\n"
+        "TPX1SetTopoluxSharingMenuActions(\"GETINFO|GOTOME\")\n"
+        "TPX1SetTopoluxNoneSelectedGetInfoAlert(\"Select a site first.\")\n"
+        "TPX1SetHandledMessages(\"MHIT|YROD\")\n"
+        "TPX1InitIAC()");
+    /* TOPOLUX launched for a message (without switching): greeted with the first view
+     * before it; tabs, returns and Mac Roman travel as UTF-8, the parameters in order. */
+    Run("TPX1SetParameter(\"MSSG|RUN!\")\n"
+        "TPX1SetParameter(\"LST2|a\" & TPX1TabChar(\"\") & \"b\" & ¶ & \"c\xe2\x80\xa2\")\n"
+        "TPX1SendMessageTo(\"TPX1\")");
+    /* Then the plug-in answers by itself: HOLA -> MHIT 1 -> MYOD -> YROD with none
+     * selected -> ALRT -> MHIT 2 -> FRWD, and the host comes forward. */
     EXPECT_TRUE(WaitFor([&] {
-        std::string text = HarnessReadFile(topolux);
-        return text.find("\nactivate\n") != std::string::npos && HarnessLoggedEvent(text, "HOLA") != "";
+        Run("Idle");
+        return HarnessLoggedEvent(HarnessReadFile(topolux), "FRWD") != "";
     })) << HarnessReadFile(topolux);
-    /* Launched for a message (without switching): no activation. */
-    SendTo("NMB5");
-    EXPECT_TRUE(WaitFor([&] { return HarnessLoggedEvent(HarnessReadFile(nimbo), "RUN!") != ""; }));
+    std::string text = HarnessReadFile(topolux);
+    EXPECT_EQ(HarnessLoggedEvent(text, "RUN!"),
+              "event VESK/AEVT from FMP7\tMSSG=RUN!\tSIGN=FMP7\tPSIG=FMP7\tXTRA=\tLST2=a\\tb\\rc\xe2\x80\xa2");
+    EXPECT_NE(HarnessLoggedEvent(text, "VIEW").find("\tLLNG=-90\t"), std::string::npos) << text;
+    EXPECT_NE(HarnessLoggedEvent(text, "MYOD").find("\tXTRA=GETINFO\t"), std::string::npos) << text;
+    EXPECT_NE(HarnessLoggedEvent(text, "MYOD").find("\tOPTN=SELECTED"), std::string::npos) << text;
+    EXPECT_NE(HarnessLoggedEvent(text, "ALRT").find("\tTEXT=Select a site first."), std::string::npos) << text;
+    EXPECT_NE(HarnessLoggedEvent(text, "FRWD").find("\tWHO =FMP7"), std::string::npos) << text;
+    EXPECT_EQ(Dialogs(), "");
+    EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"\"\n");
+    /* NIMBO launched for TPX1GoToApp: brought forward (and, not being TOPOLUX, not greeted). */
+    EXPECT_EQ(Calc("TPX1GoToApp(\"NMB5\")"), "\"" + Classic(temp + "/Applications/NIMBO Folder/NIMBO") + "\"\n");
+    EXPECT_TRUE(WaitFor([&] { return HarnessReadFile(nimbo).find("\nactivate\n") != std::string::npos; }));
     /* At Shutdown both hear "BYE ". */
     EXPECT_EQ(StopHost(), 0);
+    EXPECT_NE(transcript.find("fmhost: brought to front"), std::string::npos) << transcript;
     EXPECT_TRUE(WaitFor([&] {
         std::vector<std::string> t = HarnessLoggedIds(HarnessReadFile(topolux));
         std::vector<std::string> n = HarnessLoggedIds(HarnessReadFile(nimbo));
         return !t.empty() && t.back() == "BYE " && !n.empty() && n.back() == "BYE ";
     }));
-    EXPECT_EQ(HarnessLoggedIds(HarnessReadFile(topolux)), (std::vector<std::string>{"HOLA", "BYE "}));
+    EXPECT_EQ(HarnessLoggedIds(HarnessReadFile(topolux)),
+              (std::vector<std::string>{"HOLA", "VIEW", "MENU", "RUN!", "MYOD", "ALRT", "FRWD", "BYE "}));
+    EXPECT_EQ(HarnessLoggedIds(HarnessReadFile(nimbo)), std::vector<std::string>{"BYE "});
     EXPECT_EQ(Started().size(), 2u);
-    EXPECT_EQ(Occurrences(HarnessReadFile(topolux), "\nactivate\n"), 1u) << HarnessReadFile(topolux);
-    EXPECT_EQ(HarnessReadFile(nimbo).find("activate"), std::string::npos) << HarnessReadFile(nimbo);
-    EXPECT_EQ(Dialogs(), "");
+    EXPECT_EQ(Occurrences(HarnessReadFile(nimbo), "\nactivate\n"), 1u) << HarnessReadFile(nimbo);
+    EXPECT_EQ(HarnessReadFile(topolux).find("activate"), std::string::npos) << HarnessReadFile(topolux);
 }
 
 TEST_F(BusProcesses, PrivateBusEndsWithFmhostHoweverItEnds)
