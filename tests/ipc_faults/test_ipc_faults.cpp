@@ -13,11 +13,13 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <set>
 #include <sstream>
 #include <unistd.h>
 
 #include "BusHarness.h"
+#include "platform/AppleEvents.h"
 #include "platform/EventService.h"
 #include "platform/Toolbox.h"
 
@@ -272,6 +274,7 @@ TEST_F(IpcFaults, BusDaemonGoesAwayAndInitIACBringsMessagingBack)
     ASSERT_TRUE(RunUntil([&] { return taken.size() == 1; }));
 
     /* The daemon dies. The host notices at its next pump and says so, once, plainly. */
+    const int eventFD = AEGetEventFD();
     CaptureStderr();
     HarnessDaemonStop(&daemon, SIGKILL);
     ASSERT_TRUE(RunUntil([&] { return CapturedStderr().find("messaging") != std::string::npos; }, 5000))
@@ -307,7 +310,11 @@ TEST_F(IpcFaults, BusDaemonGoesAwayAndInitIACBringsMessagingBack)
     ASSERT_TRUE(RunUntil([&] { return Running("TPX1"); }));
     EXPECT_TRUE(PlatformBusOwnsSignatureName());
     PlatformDialogClearRecord();
+    /* The descriptor the host polls is the one it had, and wakes for the new bus. */
+    EXPECT_EQ(AEGetEventFD(), eventFD);
     EXPECT_EQ(Send("TPX1", "MYOD", {"NUM |3"}), "");
+    struct pollfd ready = {eventFD, POLLIN, 0};
+    EXPECT_EQ(poll(&ready, 1, kWaitMs), 1);
     ASSERT_TRUE(RunUntil([&] { return taken.size() == 2; })) << HarnessReadFile(PartnerLog("TPX1"));
     EXPECT_EQ(taken.back().num, "3");
     EXPECT_TRUE(Dialogs().empty()) << ::testing::PrintToString(Dialogs());
