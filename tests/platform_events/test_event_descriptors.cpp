@@ -1,7 +1,8 @@
 /*
- * test_event_descriptors.cpp: descriptors, parameters, attributes and coercion of the
- * event service, and dispatch of events sent to this process through the in-process
- * queue (AEProcessEvents, never inside AESend).
+ * test_event_descriptors.cpp: the event service's parameters and attributes as the
+ * messaging code reads them, dispatch of events sent to this process through the
+ * in-process queue (AEProcessEvents, never inside AESend), and the current process's
+ * own information. Fault injection into these calls is swept in tests/oom.
  */
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@
 
 #include "platform/AppleEvents.h"
 #include "platform/EventService.h"
-#include "platform/Faults.h"
 #include "platform/Processes.h"
 #include "platform/TestBus.h"
 
@@ -64,14 +64,10 @@ OSErr RecordingHandler(const AppleEvent *event, AppleEvent *reply, intptr_t refc
     int32_t size;
     AEGetAttributePtr(event, keyEventClassAttr, typeWildCard, &type, &r.cls, sizeof r.cls, &size);
     AEGetAttributePtr(event, keyOriginalAddressAttr, typeApplSignature, &type, &r.sender, sizeof r.sender, &size);
-    int32_t count = 0;
-    AECountItems(event, &count);
-    for (int32_t i = 1; i <= count; i++) {
-        char buffer[64];
-        AEKeyword keyword;
-        PlatformEventGetNthParam(event, i, &keyword, &type, buffer, sizeof buffer, &size);
+    char buffer[64];
+    AEKeyword keyword;
+    for (int32_t i = 1; PlatformEventGetNthParam(event, i, &keyword, &type, buffer, sizeof buffer, &size) == noErr; i++)
         r.texts.push_back(std::string(buffer, size));
-    }
     gReceived.push_back(r);
     return (OSErr)refcon;
 }
@@ -101,60 +97,34 @@ protected:
     {
         AERemoveEventHandler(FOUR_CHAR('V', 'E', 'S', 'K'), FOUR_CHAR('A', 'E', 'V', 'T'), nullptr, false);
         AERemoveEventHandler(kAEMiscStandards, kAEDoScript, nullptr, false);
-        PlatformFaultClearAll();
         PlatformSetProcessSignature(0);
     }
 };
 
-TEST_F(EventDescriptors, PlainDescriptorsCopyTheirDataAndDisposeToNull)
+TEST_F(EventDescriptors, ParametersAndAttributesAsTheMessagingCodeReadsThem)
 {
+    /* Parameters hold their own copies; disposing leaves a null descriptor. */
     char data[8] = "abcdefg";
-    AEDesc desc;
+    AEDesc desc, empty;
     ASSERT_EQ(noErr, AECreateDesc(typeChar, data, 7, &desc));
-    data[0] = 'X';   /* the descriptor holds its own copy */
-    AEDesc text;
-    ASSERT_EQ(noErr, AECoerceDesc(&desc, typeChar, &text));
-    EXPECT_EQ(typeChar, text.descriptorType);
-    EXPECT_EQ(noErr, AEDisposeDesc(&text));
-    EXPECT_EQ(typeNull, text.descriptorType);
-    EXPECT_EQ(nullptr, text.dataHandle);
-
-    /* A number coerces to text and back; a word that is no number does not. */
-    int32_t value = -42;
-    AEDesc number, asText, back;
-    ASSERT_EQ(noErr, AECreateDesc(typeSInt32, &value, 4, &number));
-    ASSERT_EQ(noErr, AECoerceDesc(&number, typeChar, &asText));
-    ASSERT_EQ(noErr, AECoerceDesc(&asText, typeSInt32, &back));
-    EXPECT_EQ(errAECoercionFail, AECoerceDesc(&desc, typeSInt32, &text));
-    EXPECT_EQ(typeNull, text.descriptorType);
-    AEDisposeDesc(&number);
-    AEDisposeDesc(&asText);
-    AEDisposeDesc(&back);
-    AEDisposeDesc(&desc);
-
-    /* A desc that was never made is refused, not followed. */
-    AEDesc bogus{typeChar, data};
-    int32_t count;
-    EXPECT_EQ(errAENotAEDesc, AECountItems(&bogus, &count));
-    AEDesc empty;
+    EXPECT_EQ(noErr, AEDisposeDesc(&desc));
+    EXPECT_EQ(typeNull, desc.descriptorType);
+    EXPECT_EQ(nullptr, desc.dataHandle);
     AEInitializeDesc(&empty);
-    EXPECT_EQ(typeNull, empty.descriptorType);
     EXPECT_EQ(noErr, AEDisposeDesc(&empty));
-}
 
-TEST_F(EventDescriptors, ParametersKeepOrderReplaceAndReportFullSize)
-{
     AppleEvent event;
     ASSERT_EQ(noErr, MakeEvent(FOUR_CHAR('T', 'P', 'X', '1'), FOUR_CHAR('V', 'E', 'S', 'K'),
                                FOUR_CHAR('A', 'E', 'V', 'T'), &event));
-    ASSERT_EQ(noErr, PutText(&event, kKeyMSSG, "HOLA"));
+    ASSERT_EQ(noErr, AEPutParamPtr(&event, kKeyMSSG, typeChar, data, 7));
+    data[0] = 'X';
+    OSErr err;
+    EXPECT_EQ("abcdefg", GetText(&event, kKeyMSSG, &err));
     ASSERT_EQ(noErr, PutText(&event, kKeySIGN, "FMP7"));
     ASSERT_EQ(noErr, PutText(&event, kKeyNUM, ""));
     ASSERT_EQ(noErr, PutText(&event, kKeyMSSG, "SHOW!"));   /* replaces in place */
 
-    int32_t count = 0;
-    ASSERT_EQ(noErr, AECountItems(&event, &count));
-    EXPECT_EQ(3, count);
+    /* In the order put; past the last, not found. */
     AEKeyword keyword;
     DescType type;
     int32_t size;
@@ -162,6 +132,8 @@ TEST_F(EventDescriptors, ParametersKeepOrderReplaceAndReportFullSize)
     ASSERT_EQ(noErr, PlatformEventGetNthParam(&event, 1, &keyword, &type, buffer, sizeof buffer, &size));
     EXPECT_EQ(kKeyMSSG, keyword);
     EXPECT_EQ(std::string("SHOW!"), std::string(buffer, size));
+    ASSERT_EQ(noErr, PlatformEventGetNthParam(&event, 3, &keyword, &type, buffer, sizeof buffer, &size));
+    EXPECT_EQ(kKeyNUM, keyword);
     EXPECT_EQ(errAEDescNotFound, PlatformEventGetNthParam(&event, 4, &keyword, &type, buffer, 16, &size));
 
     /* A smaller buffer gets the start; actualSize is still the whole size. */
@@ -172,52 +144,21 @@ TEST_F(EventDescriptors, ParametersKeepOrderReplaceAndReportFullSize)
     ASSERT_EQ(noErr, AESizeOfParam(&event, kKeyNUM, &type, &size));
     EXPECT_EQ(typeChar, type);
     EXPECT_EQ(0, size);
-    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeySIGN, typeWildCard, &type, nullptr, 0, &size));
-    EXPECT_EQ(4, size);
-
-    OSErr err;
+    EXPECT_EQ(errAEDescNotFound, AESizeOfParam(&event, FOUR_CHAR('L', 'S', 'T', '2'), &type, &size));
     GetText(&event, FOUR_CHAR('L', 'S', 'T', '2'), &err);
     EXPECT_EQ(errAEDescNotFound, err);
-    EXPECT_EQ(errAEDescNotFound, AESizeOfParam(&event, FOUR_CHAR('L', 'S', 'T', '2'), &type, &size));
 
-    /* Text becomes a number or a four-character code only when asked. */
-    PutText(&event, kKeyNUM, " 12");
-    int32_t number = 0;
-    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeyNUM, typeSInt32, &type, &number, 4, &size));
-    EXPECT_EQ(12, number);
-    EXPECT_EQ(typeSInt32, type);
-    OSType code = 0;
-    ASSERT_EQ(noErr, AEGetParamPtr(&event, kKeySIGN, typeApplSignature, &type, &code, 4, &size));
-    EXPECT_EQ(kSelf, code);
-    EXPECT_EQ(errAECoercionFail, AEGetParamPtr(&event, kKeyMSSG, typeSInt32, &type, &number, 4, &size));
-
-    /* Putting into something that is not an event fails. */
-    AEDesc plain;
-    AECreateDesc(typeChar, "x", 1, &plain);
-    EXPECT_NE(noErr, PutText(&plain, kKeyMSSG, "HOLA"));
-    AEDisposeDesc(&plain);
-    AEDisposeDesc(&event);
-}
-
-TEST_F(EventDescriptors, AttributesAnswerClassIdAndSenderButNeverMissedKeywords)
-{
-    AppleEvent event;
-    ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
-    DescType type;
-    int32_t size;
+    /* Class, id and address are attributes; a missed keyword never is. */
     OSType value = 0;
     ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyEventClassAttr, typeWildCard, &type, &value, 4, &size));
-    EXPECT_EQ(kAEMiscStandards, value);
+    EXPECT_EQ(FOUR_CHAR('V', 'E', 'S', 'K'), value);
     ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyEventIDAttr, typeWildCard, &type, &value, 4, &size));
-    EXPECT_EQ(kAEDoScript, value);
-    char text[8] = {0};
-    ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyEventIDAttr, typeChar, &type, text, 8, &size));
-    EXPECT_EQ(std::string("dosc"), std::string(text, size));
+    EXPECT_EQ(FOUR_CHAR('A', 'E', 'V', 'T'), value);
     ASSERT_EQ(noErr, AEGetAttributePtr(&event, keyAddressAttr, typeWildCard, &type, &value, 4, &size));
     EXPECT_EQ(typeApplSignature, type);
-    EXPECT_EQ(kSelf, value);
+    EXPECT_EQ(FOUR_CHAR('T', 'P', 'X', '1'), value);
     EXPECT_EQ(errAEDescNotFound,
-              AEGetAttributePtr(&event, keyMissedKeywordAttr, typeWildCard, &type, text, 8, &size));
+              AEGetAttributePtr(&event, keyMissedKeywordAttr, typeWildCard, &type, nullptr, 0, &size));
     AEDisposeDesc(&event);
 }
 
@@ -291,20 +232,6 @@ TEST_F(EventDescriptors, EventsToSelfWaitInTheQueueUntilProcessed)
     EXPECT_EQ(0, gResends);
 }
 
-TEST_F(EventDescriptors, FaultsAreInjectedUnderTheCallsName)
-{
-    AppleEvent event;
-    ASSERT_EQ(noErr, MakeEvent(kSelf, kAEMiscStandards, kAEDoScript, &event));
-    PlatformFaultSet(kFaultAEPutParamPtr, 2, memFullErr, false);
-    EXPECT_EQ(noErr, PutText(&event, kKeyMSSG, "A"));
-    EXPECT_EQ(memFullErr, PutText(&event, kKeySIGN, "B"));
-    EXPECT_EQ(noErr, PutText(&event, kKeySIGN, "B"));
-    PlatformFaultSet(kFaultAESend, 1, -609, false);
-    EXPECT_EQ(-609, AESend(&event, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr));
-    EXPECT_EQ(0, AEProcessEvents());
-    AEDisposeDesc(&event);
-}
-
 TEST_F(EventDescriptors, CurrentProcessDescribesItself)
 {
     ProcessSerialNumber psn;
@@ -323,10 +250,6 @@ TEST_F(EventDescriptors, CurrentProcessDescribesItself)
     char path[1024];
     ASSERT_EQ(noErr, FSpGetPOSIXPath(&theSpec, path, sizeof path));
     EXPECT_NE(nullptr, strstr(path, "test_event_descriptors"));
-    Boolean same = false;
-    ProcessSerialNumber current{0, kCurrentProcess};
-    ASSERT_EQ(noErr, SameProcess(&psn, &current, &same));
-    EXPECT_TRUE(same);
 }
 
 } // namespace
