@@ -17,19 +17,14 @@
 
 namespace {
 
-struct Entry {
-    std::string keyword, type, value;
-    bool bytes = false;   /* sent as ay instead of s */
-};
-
 struct Answer {
     std::string error, message;   /* the D-Bus error's name and message, "" for none */
     int result = -1;              /* the handler's result otherwise */
 };
 
-std::vector<Entry> Message(const char *id, const char *sign, std::vector<Entry> more = {})
+std::vector<WireParam> Message(const char *id, const char *sign, std::vector<WireParam> more = {})
 {
-    more.insert(more.begin(), {{"MSSG", "TEXT", id}, {"SIGN", "TEXT", sign}});
+    more.insert(more.begin(), {{"MSSG", id}, {"SIGN", sign}});
     return more;
 }
 
@@ -53,27 +48,14 @@ protected:
 
     /* One Event call to fmhost (or to), waiting for the answer unless noReply. */
     Answer Send(sd_bus *bus, const char *eventClass, const char *eventID, const char *sender,
-                const std::vector<Entry> &params, bool noReply = false, const char *to = "FMP7")
+                const std::vector<WireParam> &params, bool noReply = false, const char *to = "FMP7")
     {
         sd_bus_message *m = nullptr, *reply = nullptr;
         sd_bus_error error = SD_BUS_ERROR_NULL;
-        int r = sd_bus_message_new_method_call(bus, &m, WireBusName(to).c_str(), "/org/vesk/App",
-                                               "org.vesk.AppleEvent1", "Event");
-        if (r >= 0) r = sd_bus_message_append(m, "sss", eventClass, eventID, sender);
-        if (r >= 0) r = sd_bus_message_open_container(m, 'a', "(ssv)");
-        for (const Entry &e : params) {
-            if (r >= 0) r = sd_bus_message_open_container(m, 'r', "ssv");
-            if (r >= 0) r = sd_bus_message_append(m, "ss", e.keyword.c_str(), e.type.c_str());
-            if (r >= 0) r = sd_bus_message_open_container(m, 'v', e.bytes ? "ay" : "s");
-            if (r >= 0 && e.bytes) r = sd_bus_message_append_array(m, 'y', e.value.data(), e.value.size());
-            else if (r >= 0) r = sd_bus_message_append_basic(m, 's', e.value.c_str());
-            if (r >= 0) r = sd_bus_message_close_container(m);
-            if (r >= 0) r = sd_bus_message_close_container(m);
-        }
-        if (r >= 0) r = sd_bus_message_close_container(m);
         Answer answer;
-        if (noReply) {
-            if (r >= 0) r = sd_bus_message_set_expect_reply(m, 0);
+        int r = WireNewEvent(bus, sender, to, params, &m, eventClass, eventID);
+        if (r >= 0 && noReply) {
+            r = sd_bus_message_set_expect_reply(m, 0);
             if (r >= 0) r = sd_bus_send(bus, m, nullptr);
         } else if (r >= 0 && sd_bus_call(bus, m, 0, &error, &reply) >= 0) {
             sd_bus_message_read(reply, "i", &answer.result);
@@ -101,7 +83,7 @@ TEST_F(HostileClients, ForgedSignIsRefusedAndNothingOfItKept)
     std::string evil = temp + "/evil";
     HarnessWriteFile(evil, "#!/bin/sh\ntouch '" + temp + "/evil-ran'\n", true);
     for (const char *sign : {"TPX1", "ZZZZ"}) {
-        Answer a = Send(nameless, "VESK", "AEVT", "", Message("HOLA", sign, {{"PATH", "TEXT", Classic(evil)}}));
+        Answer a = Send(nameless, "VESK", "AEVT", "", Message("HOLA", sign, {{"PATH", Classic(evil)}}));
         EXPECT_EQ(a.error, kAccessDenied);
         EXPECT_NE(a.message.find(std::string("must own ") + WireBusName(sign)), std::string::npos) << a.message;
     }
@@ -137,10 +119,9 @@ TEST_F(HostileClients, ForgedSenderSignatureIsRefusedAndAnOwnerIsHeardExactly)
     /* As itself it is heard: texts converted, a NUL in bytes cuts the text (with a
      * warning, as for a character without a Mac Roman form), only the id's keywords kept. */
     a = Send(owner, "VESK", "AEVT", "BUSC",
-             {{"QQQQ", "TEXT", "not kept"}, {"MSSG", "TEXT", "ZZZZ"}, {"SIGN", "TEXT", "BUSC", true},
-              {"NAME", "TEXT", "Caf\xc3\xa9 \xc2\xb6"}, {"TEXT", "TEXT", "a\xe4\xb8\xad" "b"},
-              {"LST2", "TEXT", "0000000000000001\tRoads\tCity\r"}, {"DOC ", "TEXT", std::string("ab\0\x1b[2J", 7), true},
-              {"\x1b[1m", "TEXT", "\xe4\xb8\xad"}});
+             {{"QQQQ", "not kept"}, {"MSSG", "ZZZZ"}, {"SIGN", "BUSC", true}, {"NAME", "Caf\xc3\xa9 \xc2\xb6"},
+              {"TEXT", "a\xe4\xb8\xad" "b"}, {"LST2", "0000000000000001\tRoads\tCity\r"},
+              {"DOC ", std::string("ab\0\x1b[2J", 7), true}, {"\x1b[1m", "\xe4\xb8\xad"}});
     EXPECT_EQ(a.error, "");
     EXPECT_EQ(a.result, 0);
     EXPECT_EQ(Calc("TPX1GetNextMessage()"), "\"ZZZZ\"\n") << transcript;
@@ -174,7 +155,7 @@ TEST_F(HostileClients, DoScriptAndOtherClassesFromOutsideAreRefused)
     EXPECT_EQ(Send(owner, "\x1b[2J", "dosc", "BUSC", {}).error, kAccessDenied);
     for (auto [eventClass, eventID] : std::vector<std::pair<const char *, const char *>>{
              {"misc", "dosc"}, {"TEST", "EVNT"}, {"aevt", "quit"}}) {
-        Answer a = Send(owner, eventClass, eventID, "BUSC", {{"----", "TEXT", "Evil"}});
+        Answer a = Send(owner, eventClass, eventID, "BUSC", {{"----", "Evil"}});
         EXPECT_EQ(a.error, kAccessDenied) << eventClass;
         EXPECT_NE(a.message.find("only VESK/AEVT and aevt/odoc events are taken from the bus"), std::string::npos);
     }
@@ -192,14 +173,14 @@ TEST_F(HostileClients, DoScriptAndOtherClassesFromOutsideAreRefused)
 
 TEST_F(HostileClients, TooManyParametersAreRefused)
 {
-    std::vector<Entry> params = Message("ZZZZ", "BUSC");
+    std::vector<WireParam> params = Message("ZZZZ", "BUSC");
     while (params.size() < 4096) {
         char keyword[8];
         snprintf(keyword, sizeof keyword, "K%03d", (int)(params.size() % 1000));
-        params.push_back({keyword, "TEXT", "v"});
+        params.push_back({keyword, "v"});
     }
     params.back().keyword = "LST2";
-    params.push_back({"NUM ", "TEXT", "4097"});
+    params.push_back({"NUM ", "4097"});
     Answer a = Send(owner, "VESK", "AEVT", "BUSC", params);
     EXPECT_EQ(a.error, "org.freedesktop.DBus.Error.LimitsExceeded");
     EXPECT_NE(a.message.find("at most 4096 parameters"), std::string::npos) << a.message;
@@ -228,7 +209,7 @@ TEST_F(HostileClients, VeskShowsWhatCameFromTheBusWithControlsEscaped)
     int status = -1;
     std::string ps = HarnessCapture({VESK_PATH, "ps"}, &status, kWaitMs);
     EXPECT_NE(ps.find(temp + "/x\\x1b[2J"), std::string::npos) << ps;
-    Send(owner, "VESK", "AEVT", "BUSC", {{"\x1b[1m", "TEXT", "\x1b]0;t\x07"}}, false, "LSTN");
+    Send(owner, "VESK", "AEVT", "BUSC", {{"\x1b[1m", "\x1b]0;t\x07"}}, false, "LSTN");
     EXPECT_TRUE(WaitFor([&] {
         return HarnessReadFile(out).find("  \\x1b[1m TEXT \"\\x1b]0;t\\x07\"\n") != std::string::npos;
     })) << HarnessReadFile(out);

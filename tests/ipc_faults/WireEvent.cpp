@@ -48,17 +48,19 @@ int WireOpen(const std::string &signature, sd_bus_message_handler_t handler, voi
 }
 
 int WireNewEvent(sd_bus *bus, const std::string &from, const std::string &to, const std::vector<WireParam> &params,
-                 sd_bus_message **m)
+                 sd_bus_message **m, const char *eventClass, const char *eventID)
 {
     int r = sd_bus_message_new_method_call(bus, m, WireBusName(to).c_str(), kObjectPath, kInterface, "Event");
-    if (r >= 0) r = sd_bus_message_append(*m, "sss", "VESK", "AEVT", from.c_str());
+    if (r >= 0) r = sd_bus_message_append(*m, "sss", eventClass, eventID, from.c_str());
     if (r >= 0) r = sd_bus_message_open_container(*m, 'a', "(ssv)");
     for (size_t i = 0; r >= 0 && i < params.size(); i++) {
+        const WireParam &p = params[i];
         r = sd_bus_message_open_container(*m, 'r', "ssv");
-        if (r >= 0) r = sd_bus_message_append_basic(*m, 's', params[i].keyword.c_str());
+        if (r >= 0) r = sd_bus_message_append_basic(*m, 's', p.keyword.c_str());
         if (r >= 0) r = sd_bus_message_append_basic(*m, 's', "TEXT");
-        if (r >= 0) r = sd_bus_message_open_container(*m, 'v', "s");
-        if (r >= 0) r = sd_bus_message_append_basic(*m, 's', params[i].value.c_str());
+        if (r >= 0) r = sd_bus_message_open_container(*m, 'v', p.bytes ? "ay" : "s");
+        if (r >= 0 && p.bytes) r = sd_bus_message_append_array(*m, 'y', p.value.data(), p.value.size());
+        else if (r >= 0) r = sd_bus_message_append_basic(*m, 's', p.value.c_str());
         if (r >= 0) r = sd_bus_message_close_container(*m);
         if (r >= 0) r = sd_bus_message_close_container(*m);
     }

@@ -15,6 +15,7 @@
 struct WireParam {
     std::string keyword;   /* four characters */
     std::string value;     /* sent as TEXT */
+    bool bytes = false;    /* the value as bytes (ay) instead of a string */
 };
 
 /* "org.vesk.App.s" + the 8 hex digits of the signature (four characters). */
@@ -22,9 +23,10 @@ std::string WireBusName(const std::string &signature);
 /* Opens a private connection to the session bus and owns the signature's name;
  * handler (may be null) serves Event calls on /org/vesk/App. Returns 0 or -errno. */
 int WireOpen(const std::string &signature, sd_bus_message_handler_t handler, void *userdata, sd_bus **bus);
-/* A new Event call ('VESK'/'AEVT') from one signature to another, parameters in order. */
+/* A new Event call (by default 'VESK'/'AEVT') from one signature to another, parameters
+ * in order. */
 int WireNewEvent(sd_bus *bus, const std::string &from, const std::string &to, const std::vector<WireParam> &params,
-                 sd_bus_message **m);
+                 sd_bus_message **m, const char *eventClass = "VESK", const char *eventID = "AEVT");
 /* Reads an Event call's sender and TEXT parameters. Returns 0 or -errno. */
 int WireReadEvent(sd_bus_message *m, std::string *sender, std::vector<WireParam> *params);
 /* The value of a parameter, "" when absent. */
