@@ -13,7 +13,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
 #include <sstream>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -152,32 +151,14 @@ int HarnessReap(pid_t pid, int signal, int waitMs)
 
 bool HarnessDaemonStart(const std::string &socketPath, HarnessDaemon *daemon)
 {
-    int fds[2];
-    if (pipe(fds) != 0) return false;
-    pid_t pid = fork();
-    if (pid == 0) {
-        int null = open("/dev/null", O_RDWR);
-        dup2(null, 0);
-        dup2(fds[1], 1);
-        dup2(null, 2);
-        for (int fd = 3; fd < 1024; fd++) close(fd);
-        std::string address = "--address=unix:path=" + socketPath;
-        execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--print-address=1", address.c_str(),
-               (char *)nullptr);
-        _exit(127);
-    }
-    close(fds[1]);
-    std::string line;
-    uint64_t deadline = HarnessNowUsec() + kDaemonStartMs * 1000u;
-    while (pid > 0 && line.find('\n') == std::string::npos && HarnessNowUsec() < deadline) {
-        struct pollfd pfd = {fds[0], POLLIN, 0};
-        if (poll(&pfd, 1, 100) <= 0) continue;
-        char buffer[256];
-        ssize_t n = read(fds[0], buffer, sizeof buffer);
-        if (n <= 0) break;
-        line.append(buffer, (size_t)n);
-    }
-    close(fds[0]);
+    std::string printed = socketPath + ".address", line;
+    unlink(printed.c_str());
+    pid_t pid = HarnessSpawn({"dbus-daemon", "--session", "--nofork", "--print-address=1",
+                              "--address=unix:path=" + socketPath}, printed, "");
+    HarnessWaitFor(kDaemonStartMs, [&] {
+        line = HarnessReadFile(printed);
+        return pid <= 0 || line.find('\n') != std::string::npos || waitpid(pid, nullptr, WNOHANG) == pid;
+    });
     if (line.find('\n') == std::string::npos) {
         HarnessReap(pid, SIGKILL, 1000);
         return false;
@@ -211,24 +192,6 @@ pid_t HarnessSpawnPiped(const std::vector<std::string> &argv, int *toChild, int 
     *toChild = in[1];
     *fromChild = out[0];
     return pid;
-}
-
-std::string HarnessCapture(const std::vector<std::string> &argv, int *status, int waitMs)
-{
-    int to = -1, from = -1;
-    pid_t pid = HarnessSpawnPiped(argv, &to, &from, "");
-    if (pid < 0) {
-        *status = -1;
-        return "";
-    }
-    close(to);
-    std::string text;
-    char buffer[4096];
-    ssize_t n;
-    while ((n = read(from, buffer, sizeof buffer)) > 0) text.append(buffer, (size_t)n);
-    close(from);
-    *status = HarnessReap(pid, 0, waitMs);
-    return text;
 }
 
 bool HarnessWaitFor(int waitMs, const std::function<bool()> &condition)

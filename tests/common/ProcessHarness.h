@@ -36,8 +36,6 @@ pid_t HarnessSpawn(const std::vector<std::string> &argv, const std::string &outF
 /* The same with standard input and output on pipes (*toChild, *fromChild). */
 pid_t HarnessSpawnPiped(const std::vector<std::string> &argv, int *toChild, int *fromChild,
                         const std::string &errFile);
-/* Runs argv to its end (bounded by waitMs) and returns its standard output. */
-std::string HarnessCapture(const std::vector<std::string> &argv, int *status, int waitMs);
 /* Polls every 20 ms until condition holds (true) or waitMs passed (false). */
 bool HarnessWaitFor(int waitMs, const std::function<bool()> &condition);
 /* Sends signal (0: none), then waits at most waitMs for the child to end; kills it when

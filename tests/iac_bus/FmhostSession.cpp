@@ -10,17 +10,7 @@
 #include <filesystem>
 #include <poll.h>
 #include <sstream>
-#include <sys/wait.h>
 #include <unistd.h>
-
-namespace {
-
-uint64_t NowMs()
-{
-    return HarnessNowUsec() / 1000;
-}
-
-} // namespace
 
 size_t Occurrences(const std::string &text, const std::string &what)
 {
@@ -37,7 +27,6 @@ void FmhostTest::SetUp()
     temp = tmpl;
     std::filesystem::create_directories(temp + "/Applications");
     ASSERT_TRUE(HarnessDaemonStart(temp + "/bus", &daemon)) << "no private dbus-daemon";
-    address = daemon.address;
     setenv("HOME", temp.c_str(), 1);
     setenv("TPX1_DIALOG_LOG", (temp + "/dialogs.jsonl").c_str(), 1);
     setenv("TPX1_APPLICATIONS_FOLDER", (temp + "/Applications").c_str(), 1);
@@ -47,10 +36,7 @@ void FmhostTest::TearDown()
 {
     StopHost();
     for (pid_t pid : partners) HarnessReap(pid, SIGTERM, kWaitMs);
-    std::vector<pid_t> launched = Started();
-    for (const std::string &log : launchedLogs) launched.push_back(HarnessLoggedPid(HarnessReadFile(log)));
-    for (pid_t pid : launched) {
-        if (pid <= 0) continue;
+    for (pid_t pid : Started()) {
         kill(pid, SIGTERM);
         WaitFor([&] { return kill(pid, 0) != 0; });
     }
@@ -75,7 +61,7 @@ std::string FmhostTest::Run(const std::string &lines)
     std::string mark = "@@done " + std::to_string(++marks);
     std::string text = lines + "\nShow [ \"" + mark + "\" ]\n";
     EXPECT_EQ(write(hostIn, text.data(), text.size()), (ssize_t)text.size());
-    uint64_t deadline = NowMs() + kWaitMs;
+    uint64_t deadline = HarnessNowUsec() + kWaitMs * 1000u;
     for (;;) {
         size_t at = pending.find(mark + "\n");
         if (at != std::string::npos) {
@@ -85,7 +71,7 @@ std::string FmhostTest::Run(const std::string &lines)
             return out;
         }
         struct pollfd pfd = {hostOut, POLLIN, 0};
-        if (NowMs() > deadline || poll(&pfd, 1, 100) < 0) break;
+        if (HarnessNowUsec() > deadline || poll(&pfd, 1, 100) < 0) break;
         char buffer[4096];
         if (pfd.revents) {
             ssize_t n = read(hostOut, buffer, sizeof buffer);
@@ -107,30 +93,16 @@ std::string FmhostTest::Calc(const std::string &calculation)
 
 int FmhostTest::StopHost()
 {
-    /* A partner it launched may keep fmhost's output open, so the end is the process's,
-     * not the pipe's. */
     if (host <= 0) return -1;
     const char quit[] = "quit\n";
     EXPECT_EQ(write(hostIn, quit, sizeof quit - 1), (ssize_t)(sizeof quit - 1));
     close(hostIn);
-    int status = -1, raw = 0;
-    uint64_t deadline = NowMs() + kWaitMs;
-    for (bool ended = false; !ended;) {
-        ended = waitpid(host, &raw, WNOHANG) == host;
-        if (ended)
-            status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        else if (NowMs() > deadline) {
-            HarnessReap(host, SIGKILL, kWaitMs);
-            ended = true;
-        }
-        struct pollfd pfd = {hostOut, POLLIN, 0};
-        while (poll(&pfd, 1, ended ? 0 : 20) > 0 && (pfd.revents & POLLIN)) {
-            char buffer[4096];
-            ssize_t n = read(hostOut, buffer, sizeof buffer);
-            if (n <= 0) break;
-            transcript.append(buffer, (size_t)n);
-        }
-    }
+    int status = HarnessReap(host, 0, kWaitMs);
+    /* A partner it launched may keep fmhost's output open: what is there, not to the end. */
+    struct pollfd pfd = {hostOut, POLLIN, 0};
+    char buffer[4096];
+    for (ssize_t n; poll(&pfd, 1, 0) > 0 && (n = read(hostOut, buffer, sizeof buffer)) > 0;)
+        transcript.append(buffer, (size_t)n);
     close(hostOut);
     host = -1;
     return status;

@@ -2,9 +2,9 @@
  * FmhostSession.h: the fixture of the tests between processes: the real fmhost with the
  * plug-in on a private dbus-daemon, driven line by line through its prompt, in a
  * temporary folder that holds the Applications folder, the dialog log and fmhost's
- * standard error. Partners started by the test, and those the plug-in launched (their
- * logs, or the file "started" where a stand-in writes its process id), are ended at
- * the end of each test.
+ * standard error. Partners started by the test, and those the plug-in launched (a
+ * stand-in writes its process id into the file "started"), are ended at the end of
+ * each test.
  */
 #ifndef TPX1_FMHOSTSESSION_H
 #define TPX1_FMHOSTSESSION_H
@@ -42,14 +42,13 @@ protected:
     /* The classic path of a POSIX path (on the root volume "Linux"). */
     static std::string Classic(const std::string &posix);
 
-    std::string temp, address;
+    std::string temp;
     HarnessDaemon daemon;
     pid_t host = -1;
     int hostIn = -1, hostOut = -1;
     int marks = 0;
     std::string pending, transcript;
     std::vector<pid_t> partners;
-    std::vector<std::string> launchedLogs;
 };
 
 /* How often text occurs in a longer text. */

@@ -16,7 +16,6 @@
 namespace {
 
 std::deque<std::string> gScripts;
-long gActivations = 0;
 
 OSErr CatchDoScript(const AppleEvent *event, AppleEvent *reply, intptr_t refcon)
 {
@@ -33,11 +32,6 @@ OSErr CatchDoScript(const AppleEvent *event, AppleEvent *reply, intptr_t refcon)
     return noErr;
 }
 
-void CountActivation(void)
-{
-    gActivations++;
-}
-
 } // namespace
 
 bool HarnessHostStart(HarnessHost *host, const std::string &pluginPath, const char *signature, std::string *error)
@@ -47,7 +41,6 @@ bool HarnessHostStart(HarnessHost *host, const std::string &pluginPath, const ch
     host->loaded = true;
     HostInit(&host->plugin, 60);
     AEInstallEventHandler(kAEMiscStandards, kAEDoScript, NewAEEventHandlerUPP(CatchDoScript), 0, false);
-    PlatformSetActivateHandler(CountActivation);
     return true;
 }
 
@@ -80,11 +73,6 @@ bool HarnessTakeScript(std::string *name)
     *name = gScripts.front();
     gScripts.pop_front();
     return true;
-}
-
-long HarnessActivations(void)
-{
-    return gActivations;
 }
 
 long HarnessLiveBlocks(void)

@@ -23,7 +23,7 @@ struct HarnessHost {
     bool loaded = false;
 };
 /* Declares signature as this process's, loads the plug-in, sends Init and installs the
- * do-script handler (and an activation counter). */
+ * do-script handler. */
 bool HarnessHostStart(HarnessHost *host, const std::string &pluginPath, const char *signature, std::string *error);
 /* Calls a plug-in function by display name; returns its result text (Mac Roman). */
 std::string HarnessCall(HarnessHost *host, const char *function, const std::string &arg);
@@ -34,8 +34,6 @@ int HarnessPump(int waitMs);
 int HarnessIdle(HarnessHost *host);
 /* The next host script a do-script event asked for. */
 bool HarnessTakeScript(std::string *name);
-/* Times another process brought this one to the front, or it brought itself. */
-long HarnessActivations(void);
 /* Host blocks the plug-in holds now (handles and pointers). */
 long HarnessLiveBlocks(void);
 /* Pumps, idles and hands every script asked for to runScript until done() holds or
