@@ -199,19 +199,6 @@ TEST_F(EventDescriptors, EventsToSelfWaitInTheQueueUntilProcessed)
     EXPECT_EQ(0, AEProcessEvents());
     EXPECT_EQ(1u, gReceived.size());
 
-    /* Addressed by serial number to the current process: in-process too. */
-    ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, RecordingHandler, 0, false));
-    ProcessSerialNumber psn;
-    ASSERT_EQ(noErr, GetCurrentProcess(&psn));
-    AEAddressDesc byPSN;
-    ASSERT_EQ(noErr, AECreateDesc(typeProcessSerialNumber, &psn, sizeof psn, &byPSN));
-    AppleEvent second;
-    ASSERT_EQ(noErr, AECreateAppleEvent(kAEMiscStandards, kAEDoScript, &byPSN, kAutoGenerateReturnID, 0, &second));
-    ASSERT_EQ(noErr, AESend(&second, nullptr, kAENoReply, 0, kNoTimeOut, nullptr, nullptr));
-    EXPECT_EQ(1, AEProcessEvents());
-    EXPECT_EQ(2u, gReceived.size());
-    AEDisposeDesc(&byPSN);
-    AEDisposeDesc(&second);
     AEDisposeDesc(&event);
 
     /* A handler that sends to itself is served on the next round, and the descriptor
