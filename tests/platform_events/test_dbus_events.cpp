@@ -3,8 +3,9 @@
  * vesk as the application), as the plug-in hands a document to a partner: an
  * open-document event with the document's file URL, coerced to launch parameters. The
  * application starts with the document's path as its argument, answers to its
- * signature, and once running takes the same event over the bus. The rest of the D-Bus
- * transport is tested through fmhost and the plug-in (tests/iac_bus, tests/ipc_faults).
+ * signature, and once running takes the same event, addressed by its serial number,
+ * over the bus. The rest of the D-Bus transport is tested through fmhost and the
+ * plug-in (tests/iac_bus, tests/ipc_faults).
  */
 #include <gtest/gtest.h>
 
@@ -97,7 +98,14 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocument)
     };
     EXPECT_TRUE(logged("document " + doc + "\n")) << HarnessReadFile(log);
 
-    /* Running, it gets the document as an open-document event with the file URL. */
+    /* Running, it gets the document as an open-document event with the file URL,
+     * addressed by its serial number. */
+    AEDisposeDesc(&odoc);
+    AEDisposeDesc(&target);
+    ASSERT_EQ(noErr, AECreateDesc(typeProcessSerialNumber, &block.launchProcessSN, sizeof block.launchProcessSN,
+                                  &target));
+    ASSERT_EQ(noErr, AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID, 0, &odoc));
+    ASSERT_EQ(noErr, AEPutParamPtr(&odoc, keyDirectObject, typeFileURL, url.data(), (int32_t)url.size()));
     ASSERT_EQ(noErr, AESend(&odoc, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr));
     EXPECT_TRUE(logged("event aevt/odoc from FMP7\t----=" + url)) << HarnessReadFile(log);
     AEDisposeDesc(&parameters);
