@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
@@ -204,28 +203,6 @@ bool HarnessWaitFor(int waitMs, const std::function<bool()> &condition)
     return true;
 }
 
-pid_t HarnessStartPartner(const std::string &vesk, const std::string &dir, const char *signature,
-                          const std::string &rules, const std::string &log)
-{
-    std::string rulesFile = dir + "/rules-" + signature + ".txt";
-    HarnessWriteFile(rulesFile, rules);
-    return HarnessSpawn({vesk, "partner", "--as", signature, "--rules", rulesFile, "--log", log}, "",
-                        dir + "/partner.err");
-}
-
-std::string HarnessInstallTopolux(const std::string &vesk, const std::string &applications, const std::string &rules)
-{
-    std::string folder = applications + "/TOPOLUX Folder";
-    std::filesystem::create_directories(folder);
-    HarnessWriteFile(folder + "/rules.txt", rules);
-    HarnessWriteFile(folder + "/TOPOLUX",
-                     "#!/bin/sh\nexec " + vesk +
-                         " partner --as TPX1 --name TOPOLUX --rules \"$(dirname \"$0\")/rules.txt\""
-                         " --log \"$(dirname \"$0\")/partner.log\" \"$@\"\n",
-                     true);
-    return folder + "/partner.log";
-}
-
 std::vector<std::string> HarnessLoggedIds(const std::string &log)
 {
     std::vector<std::string> ids;
@@ -247,12 +224,4 @@ std::string HarnessLoggedEvent(const std::string &log, const std::string &id)
         if (line.rfind("event VESK/AEVT", 0) == 0 && line.find("\tMSSG=" + id + "\t") != std::string::npos)
             return line;
     return "";
-}
-
-pid_t HarnessLoggedPid(const std::string &log)
-{
-    size_t at = log.rfind("start ");
-    if (at == std::string::npos) return -1;
-    at = log.find(" pid ", at);
-    return at == std::string::npos ? -1 : (pid_t)atol(log.c_str() + at + 5);
 }

@@ -53,22 +53,10 @@ bool HarnessDaemonStart(const std::string &socketPath, HarnessDaemon *daemon);
 /* Stops it with signal (SIGTERM or SIGKILL) and waits for it. */
 void HarnessDaemonStop(HarnessDaemon *daemon, int signal);
 
-/* ---- vesk partners ---- */
-/* Starts `vesk partner --as signature` with rules (written to dir/rules-SIG.txt) and the
- * log; its standard error goes to dir/partner.err. */
-pid_t HarnessStartPartner(const std::string &vesk, const std::string &dir, const char *signature,
-                          const std::string &rules, const std::string &log);
-/* TOPOLUX in the Applications folder: "TOPOLUX Folder" with rules.txt and an executable
- * TOPOLUX script that becomes a vesk partner logging to the folder's partner.log, whose
- * path is returned. The plug-in finds and launches it there. */
-std::string HarnessInstallTopolux(const std::string &vesk, const std::string &applications, const std::string &rules);
-
 /* ---- Reading a vesk partner's log ---- */
 /* The message ids of the VESK events logged, in order. */
 std::vector<std::string> HarnessLoggedIds(const std::string &log);
 /* The logged line of the first VESK event with this id, or "". */
 std::string HarnessLoggedEvent(const std::string &log, const std::string &id);
-/* The process id of the last "start" line, or -1. */
-pid_t HarnessLoggedPid(const std::string &log);
 
 #endif

@@ -4,49 +4,20 @@
  */
 #include "FmhostSession.h"
 
-#include <algorithm>
-#include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <poll.h>
-#include <sstream>
 #include <unistd.h>
-
-size_t Occurrences(const std::string &text, const std::string &what)
-{
-    size_t count = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) count++;
-    return count;
-}
 
 void FmhostTest::SetUp()
 {
-    signal(SIGPIPE, SIG_IGN);
-    char tmpl[] = "/tmp/tpx1-iacbus-XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    temp = tmpl;
-    std::filesystem::create_directories(temp + "/Applications");
-    ASSERT_TRUE(HarnessDaemonStart(temp + "/bus", &daemon)) << "no private dbus-daemon";
-    setenv("HOME", temp.c_str(), 1);
+    PrivateBusTest::SetUp();
     setenv("TPX1_DIALOG_LOG", (temp + "/dialogs.jsonl").c_str(), 1);
-    setenv("TPX1_APPLICATIONS_FOLDER", (temp + "/Applications").c_str(), 1);
 }
 
 void FmhostTest::TearDown()
 {
     StopHost();
-    for (pid_t pid : partners) HarnessReap(pid, SIGTERM, kWaitMs);
-    for (pid_t pid : Started()) {
-        kill(pid, SIGTERM);
-        WaitFor([&] { return kill(pid, 0) != 0; });
-    }
-    HarnessDaemonStop(&daemon, SIGTERM);
-    std::error_code ec;
-    for (int i = 0; i < 50 && std::filesystem::exists(temp); i++) {
-        std::filesystem::remove_all(temp, ec);
-        if (ec) usleep(20000);
-    }
-    unsetenv("TPX1_LAUNCH_TIMEOUT_MS");
+    PrivateBusTest::TearDown();
 }
 
 void FmhostTest::StartHost()
@@ -108,29 +79,7 @@ int FmhostTest::StopHost()
     return status;
 }
 
-pid_t FmhostTest::StartPartner(const char *signature, const std::string &rules, const std::string &log)
-{
-    pid_t pid = HarnessStartPartner(VESK_PATH, temp, signature, rules, log);
-    partners.push_back(pid);
-    return pid;
-}
-
 bool FmhostTest::HostSees(const char *signature)
 {
     return WaitFor([&] { return Calc(std::string("TPX1IsAppRunning(\"") + signature + "\")") == "\"TRUE\"\n"; });
-}
-
-std::vector<pid_t> FmhostTest::Started()
-{
-    std::vector<pid_t> pids;
-    std::istringstream lines(HarnessReadFile(temp + "/started"));
-    for (pid_t pid; lines >> pid;) pids.push_back(pid);
-    return pids;
-}
-
-std::string FmhostTest::Classic(const std::string &posix)
-{
-    std::string classic = "Linux" + posix;
-    std::replace(classic.begin(), classic.end(), '/', ':');
-    return classic;
 }

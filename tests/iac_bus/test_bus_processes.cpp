@@ -21,22 +21,6 @@ namespace {
 
 class BusProcesses : public FmhostTest {
 protected:
-    /* An executable stand-in that writes its process id into "started", then runs body. */
-    std::string Install(const std::string &folder, const std::string &name, const std::string &body)
-    {
-        std::filesystem::create_directories(temp + "/" + folder);
-        std::string path = temp + "/" + folder + "/" + name;
-        HarnessWriteFile(path, "#!/bin/sh\necho $$ >> '" + temp + "/started'\n" + body + "\n", true);
-        return path;
-    }
-
-    std::string Partner(const char *signature, const char *name, const std::string &log, const std::string &rules = "")
-    {
-        HarnessWriteFile(temp + "/rules-" + signature, rules);
-        return std::string("exec '" VESK_PATH "' partner --as ") + signature + " --name " + name + " --rules '" + temp +
-               "/rules-" + signature + "' --log '" + log + "' \"$@\"";
-    }
-
     std::string SendTo(const char *signature)
     {
         return Run(std::string("TPX1SetParameter(\"MSSG|RUN!\")\nTPX1SendMessageTo(\"") + signature + "\")");

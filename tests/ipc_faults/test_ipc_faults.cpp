@@ -18,13 +18,13 @@
 #include <unistd.h>
 
 #include "BusHarness.h"
+#include "PrivateBusTest.h"
 #include "platform/AppleEvents.h"
 #include "platform/EventService.h"
 #include "platform/Toolbox.h"
 
 namespace {
 
-const int kWaitMs = 20000;
 const unsigned kWatchdogSeconds = 90;
 const char kHost[] = "FMP7";
 
@@ -32,20 +32,13 @@ struct TakenMessage {
     std::string id, sign, num, list;
 };
 
-class IpcFaults : public ::testing::Test {
+class IpcFaults : public PrivateBusTest {
 protected:
     void SetUp() override
     {
-        signal(SIGPIPE, SIG_IGN);
         HarnessWatchdog(kWatchdogSeconds, "an ipc fault test hung");
-        char tmpl[] = "/tmp/tpx1-ipcfaults-XXXXXX";
-        ASSERT_NE(mkdtemp(tmpl), nullptr);
-        temp = tmpl;
-        std::filesystem::create_directories(temp + "/Applications");
-        setenv("HOME", temp.c_str(), 1);
-        setenv("TPX1_APPLICATIONS_FOLDER", (temp + "/Applications").c_str(), 1);
+        PrivateBusTest::SetUp();
         setenv("TPX1_LAUNCH_TIMEOUT_MS", "3000", 1);
-        ASSERT_TRUE(HarnessDaemonStart(temp + "/bus", &daemon)) << "no private dbus-daemon";
         PlatformDialogUseRecorder();
         std::string error;
         ASSERT_TRUE(HarnessHostStart(&host, HarnessSiblingPath("tpx1.fmx", FMX_PATH), kHost, &error)) << error;
@@ -56,14 +49,7 @@ protected:
         RestoreStderr();
         HarnessHostStop(&host);
         PlatformBusClose();
-        for (pid_t pid : partners) HarnessReap(pid, SIGKILL, 5000);
-        for (const std::string &log : launchedLogs) {
-            pid_t pid = HarnessLoggedPid(HarnessReadFile(log));
-            if (pid > 0) kill(pid, SIGKILL);
-        }
-        HarnessDaemonStop(&daemon, SIGTERM);
-        std::error_code ec;
-        std::filesystem::remove_all(temp, ec);
+        PrivateBusTest::TearDown();
         HarnessWatchdogOff();
     }
 
@@ -107,36 +93,15 @@ protected:
 
     std::string PartnerLog(const char *signature) { return temp + "/partner-" + signature + ".log"; }
 
-    /* A vesk partner started by the test. */
-    pid_t StartPartner(const char *signature, const std::string &rules)
+    /* The texts of the dialogs shown, one a line. */
+    std::string Dialogs()
     {
-        pid_t pid = HarnessStartPartner(HarnessSiblingPath("vesk", VESK_PATH), temp, signature, rules,
-                                        PartnerLog(signature));
-        partners.push_back(pid);
-        return pid;
-    }
-
-    /* TOPOLUX in its default place, for the plug-in to launch. */
-    std::string InstallTopolux(const std::string &rules)
-    {
-        std::string vesk = HarnessSiblingPath("vesk", VESK_PATH);
-        launchedLogs.push_back(HarnessInstallTopolux(vesk, temp + "/Applications", rules));
-        return launchedLogs.back();
-    }
-
-    std::vector<std::string> Dialogs()
-    {
-        std::vector<std::string> texts;
-        for (int32_t i = 0; const DialogSpec *d = PlatformDialogRecorded(i); i++) texts.push_back(d->text);
+        std::string texts;
+        for (int32_t i = 0; const DialogSpec *d = PlatformDialogRecorded(i); i++) texts += d->text + std::string("\n");
         return texts;
     }
 
-    bool DialogSays(const std::string &text)
-    {
-        for (const std::string &d : Dialogs())
-            if (d.find(text) != std::string::npos) return true;
-        return false;
-    }
+    bool DialogSays(const std::string &text) { return Dialogs().find(text) != std::string::npos; }
 
     /* Standard error of this process goes to a file until RestoreStderr. */
     void CaptureStderr()
@@ -159,11 +124,7 @@ protected:
 
     std::string CapturedStderr() { return HarnessReadFile(temp + "/stderr"); }
 
-    std::string temp;
-    HarnessDaemon daemon;
     HarnessHost host;
-    std::vector<pid_t> partners;
-    std::vector<std::string> launchedLogs;
     std::vector<TakenMessage> taken;
     int savedStderr = -1;
 };
@@ -184,15 +145,16 @@ std::vector<std::string> Only(const std::vector<std::string> &ids, const std::st
 
 TEST_F(IpcFaults, PartnerKilledInMidConversation)
 {
-    std::string log = InstallTopolux(kSelectionRules);
+    std::string log = PartnerLog("TPX1");
+    Install("Applications/TOPOLUX Folder", "TOPOLUX", Partner("TPX1", "TOPOLUX", log, kSelectionRules));
     UseHandlingScript("YROD");
     const std::string version = Call("TPX1Version");
 
     /* The plug-in launches TOPOLUX; one round trip. */
     EXPECT_EQ(Send("TPX1", "MYOD", {"XTRA|GETINFO", "NUM |1"}), "");
     ASSERT_TRUE(RunUntil([&] { return taken.size() == 1; })) << HarnessReadFile(log);
-    pid_t first = HarnessLoggedPid(HarnessReadFile(log));
-    ASSERT_GT(first, 0);
+    ASSERT_EQ(Started().size(), 1u);
+    pid_t first = Started()[0];
 
     /* Ten requests go out back to back and TOPOLUX dies while answering them. */
     for (int i = 2; i <= 11; i++) Send("TPX1", "MYOD", {"XTRA|GETINFO", "NUM |" + std::to_string(i)});
@@ -200,7 +162,7 @@ TEST_F(IpcFaults, PartnerKilledInMidConversation)
     /* The host sees TOPOLUX gone, or started again: each taken answer brings the host
      * forward with a notice to TOPOLUX, and a notice sent just after the death launches
      * it, as every send to a partner that is not running does. */
-    ASSERT_TRUE(RunUntil([&] { return !Running("TPX1") || HarnessLoggedPid(HarnessReadFile(log)) != first; }))
+    ASSERT_TRUE(RunUntil([&] { return !Running("TPX1") || Started().back() != first; }))
         << HarnessReadFile(log);
     RunUntil([] { return false; }, 200);
 
@@ -217,20 +179,20 @@ TEST_F(IpcFaults, PartnerKilledInMidConversation)
     }
     EXPECT_LE(previous, 11);
     EXPECT_EQ(Call("TPX1Version"), version);
-    EXPECT_TRUE(Dialogs().empty());
+    EXPECT_EQ(Dialogs(), "");
 
     /* The next message launches TOPOLUX again and the conversation goes on. */
     size_t before = taken.size();
     EXPECT_EQ(Send("TPX1", "MYOD", {"XTRA|GETINFO", "NUM |12"}), "");
     ASSERT_TRUE(RunUntil([&] { return taken.size() == before + 1; })) << HarnessReadFile(log);
     EXPECT_EQ(taken.back().num, "12");
-    EXPECT_NE(HarnessLoggedPid(HarnessReadFile(log)), first);
+    EXPECT_NE(Started().back(), first);
     EXPECT_EQ(HarnessHostStop(&host), 0);
 }
 
 TEST_F(IpcFaults, PartnerThatNeverAnswersDoesNotHoldTheHost)
 {
-    pid_t nimbo = StartPartner("NMB5", "# answers nothing beyond the greeting\n");
+    pid_t nimbo = StartPartner("NMB5", "# answers nothing beyond the greeting\n", PartnerLog("NMB5"));
     ASSERT_TRUE(RunUntil([&] { return Running("NMB5"); }));
     Call("TPX1InitIAC");
 
@@ -242,7 +204,7 @@ TEST_F(IpcFaults, PartnerThatNeverAnswersDoesNotHoldTheHost)
     RunUntil([] { return false; }, 200);
     EXPECT_TRUE(Running("NMB5"));
     EXPECT_EQ(Call("TPX1Version"), "TOPOLUX plugin ver 8.0");
-    EXPECT_TRUE(Dialogs().empty()) << ::testing::PrintToString(Dialogs());
+    EXPECT_EQ(Dialogs(), "");
 
     /* Thawed, it gets every message, in order, each after its greeting. */
     kill(nimbo, SIGCONT);
@@ -264,7 +226,7 @@ TEST_F(IpcFaults, PartnerThatNeverAnswersDoesNotHoldTheHost)
 
 TEST_F(IpcFaults, BusDaemonGoesAwayAndInitIACBringsMessagingBack)
 {
-    StartPartner("TPX1", kSelectionRules);
+    StartPartner("TPX1", kSelectionRules, PartnerLog("TPX1"));
     ASSERT_TRUE(RunUntil([&] { return Running("TPX1"); }));
     UseHandlingScript("YROD");
     EXPECT_EQ(Send("TPX1", "MYOD", {"NUM |1"}), "");
@@ -291,8 +253,7 @@ TEST_F(IpcFaults, BusDaemonGoesAwayAndInitIACBringsMessagingBack)
     EXPECT_EQ(taken.size(), scriptsBefore);
     /* A send fails with an error report and returns. */
     Send("TPX1", "MYOD", {"NUM |2"});
-    EXPECT_TRUE(DialogSays("An error occurred in the plug-in function TPX1SendMessageTo."))
-        << ::testing::PrintToString(Dialogs());
+    EXPECT_TRUE(DialogSays("An error occurred in the plug-in function TPX1SendMessageTo.")) << Dialogs();
 
     /* A daemon at the same address and a new TOPOLUX: messaging stays off until
      * TPX1InitIAC, which reconnects. */
@@ -300,7 +261,7 @@ TEST_F(IpcFaults, BusDaemonGoesAwayAndInitIACBringsMessagingBack)
     for (pid_t pid : partners) HarnessReap(pid, SIGKILL, 5000);
     partners.clear();
     std::filesystem::remove(PartnerLog("TPX1"));
-    StartPartner("TPX1", kSelectionRules);
+    StartPartner("TPX1", kSelectionRules, PartnerLog("TPX1"));
     RunUntil([] { return false; }, 300);
     EXPECT_FALSE(Running("TPX1"));
     Call("TPX1InitIAC");
@@ -314,24 +275,24 @@ TEST_F(IpcFaults, BusDaemonGoesAwayAndInitIACBringsMessagingBack)
     EXPECT_EQ(poll(&ready, 1, kWaitMs), 1);
     ASSERT_TRUE(RunUntil([&] { return taken.size() == 2; })) << HarnessReadFile(PartnerLog("TPX1"));
     EXPECT_EQ(taken.back().num, "3");
-    EXPECT_TRUE(Dialogs().empty()) << ::testing::PrintToString(Dialogs());
+    EXPECT_EQ(Dialogs(), "");
     RestoreStderr();
     EXPECT_EQ(HarnessHostStop(&host), 0);
 }
 
 TEST_F(IpcFaults, EventOverTheBusLimitIsRefusedAndTheConnectionKept)
 {
-    StartPartner("TPX1", "on SHOW send MSSG=SHWN NUM =$NUM\n");
+    StartPartner("TPX1", "on SHOW send MSSG=SHWN NUM =$NUM\n", PartnerLog("TPX1"));
     ASSERT_TRUE(RunUntil([&] { return Running("TPX1"); }));
     UseHandlingScript("SHWN");
 
     /* 65 MiB of text: over the daemon's limit, refused before sending (-50). */
     EXPECT_EQ(Send("TPX1", "SHOW", {"NUM |1", "LST2|" + std::string(65u << 20, 'A')}), "");
-    EXPECT_TRUE(DialogSays("Error: -50")) << ::testing::PrintToString(Dialogs());
+    EXPECT_TRUE(DialogSays("Error: -50")) << Dialogs();
     /* 33 MiB of Mac Roman that doubles on the wire (UTF-8) is refused the same way. */
     PlatformDialogClearRecord();
     EXPECT_EQ(Send("TPX1", "SHOW", {"NUM |2", "LST2|" + std::string(33u << 20, '\x8e')}), "");
-    EXPECT_TRUE(DialogSays("Error: -50")) << ::testing::PrintToString(Dialogs());
+    EXPECT_TRUE(DialogSays("Error: -50")) << Dialogs();
 
     /* The connection and the host's name are kept; the next message goes through. */
     EXPECT_TRUE(PlatformBusOwnsSignatureName());
@@ -341,7 +302,7 @@ TEST_F(IpcFaults, EventOverTheBusLimitIsRefusedAndTheConnectionKept)
     ASSERT_TRUE(RunUntil([&] { return taken.size() == 1; })) << HarnessReadFile(PartnerLog("TPX1"));
     EXPECT_EQ(taken[0].id, "SHWN");
     EXPECT_EQ(taken[0].num, "3");
-    EXPECT_TRUE(Dialogs().empty());
+    EXPECT_EQ(Dialogs(), "");
     /* It was greeted before each try but got only the last message. */
     std::vector<std::string> ids = HarnessLoggedIds(HarnessReadFile(PartnerLog("TPX1")));
     EXPECT_EQ(Only(ids, "HOLA").size(), 3u);
@@ -399,6 +360,6 @@ TEST_F(IpcFaults, FloodOfTenThousandEventsIsDrainedWithoutGrowth)
     if (!HarnessUnderMemoryChecker()) {
         EXPECT_LT(residentAfter - residentBefore, 16 * 1024);
     }
-    EXPECT_TRUE(Dialogs().empty()) << ::testing::PrintToString(Dialogs());
+    EXPECT_EQ(Dialogs(), "");
     EXPECT_EQ(HarnessHostStop(&host), 0);
 }

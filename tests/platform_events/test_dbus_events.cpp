@@ -9,13 +9,10 @@
  */
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <string>
-#include <sys/wait.h>
 
-#include "ProcessHarness.h"
+#include "PrivateBusTest.h"
 #include "platform/AppleEvents.h"
 #include "platform/EventService.h"
 #include "platform/Processes.h"
@@ -37,37 +34,27 @@ OSErr SpecFor(const std::string &posix, FSSpec *theSpec)
     return err == fnfErr ? (OSErr)noErr : err;
 }
 
-class DBusEvents : public ::testing::Test {
+class DBusEvents : public PrivateBusTest {
 protected:
-    std::string dir;
-    HarnessDaemon daemon;
-    pid_t child = -1;
-
     void SetUp() override
     {
-        char templ[] = "/tmp/platbus-dbusXXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(templ));
-        dir = templ;
-        ASSERT_TRUE(HarnessDaemonStart(dir + "/bus", &daemon));
+        PrivateBusTest::SetUp();
         PlatformSetProcessSignature(FOUR_CHAR('F', 'M', 'P', '7'));
         ASSERT_TRUE(PlatformBusOwnsSignatureName());
     }
     void TearDown() override
     {
-        HarnessReap(child, SIGTERM, 20000);
         PlatformSetProcessSignature(0);
         PlatformBusClose();
-        HarnessDaemonStop(&daemon, SIGTERM);
-        unsetenv("DBUS_SESSION_BUS_ADDRESS");
-        std::filesystem::remove_all(dir);
+        PrivateBusTest::TearDown();
     }
 };
 
 TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocument)
 {
-    std::string app = dir + "/TOPOLUX", doc = dir + "/City map.map", log = dir + "/partner.log";
-    std::string url = "file://" + dir + "/City%20map.map";
-    HarnessWriteFile(app, "#!/bin/sh\nexec '" VESK_PATH "' partner --as TPX1 --log '" + log + "' \"$@\"\n", true);
+    std::string doc = temp + "/City map.map", log = temp + "/partner.log";
+    std::string url = "file://" + temp + "/City%20map.map";
+    std::string app = Install("TOPOLUX Folder", "TOPOLUX", Partner("TPX1", "TOPOLUX", log));
     HarnessWriteFile(doc, "map\n");
 
     AEAddressDesc target;
@@ -92,9 +79,9 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocument)
     info.processInfoLength = 60;
     ASSERT_EQ(noErr, GetProcessInformation(&block.launchProcessSN, &info));
     EXPECT_EQ(kTopolux, info.processSignature);
-    child = info.processPID;
+    EXPECT_EQ(Started(), std::vector<pid_t>{info.processPID});
     auto logged = [&](const std::string &text) {
-        return HarnessWaitFor(20000, [&] { return HarnessReadFile(log).find(text) != std::string::npos; });
+        return WaitFor([&] { return HarnessReadFile(log).find(text) != std::string::npos; });
     };
     EXPECT_TRUE(logged("document " + doc + "\n")) << HarnessReadFile(log);
 
@@ -113,7 +100,7 @@ TEST_F(DBusEvents, LaunchStartsTheApplicationWithItsDocument)
     AEDisposeDesc(&target);
 
     FSSpec missing;
-    ASSERT_EQ(noErr, SpecFor(dir + "/nothing", &missing));
+    ASSERT_EQ(noErr, SpecFor(temp + "/nothing", &missing));
     LaunchParamBlockRec none;
     memset(&none, 0, sizeof none);
     none.launchAppSpec = &missing;
