@@ -9,7 +9,6 @@
  * fmhost ends.
  */
 #include <csignal>
-#include <filesystem>
 #include <sstream>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -28,11 +27,6 @@ protected:
 
     size_t Alerts() { return Occurrences(Dialogs(), "Unable to locate TOPOLUX."); }
 };
-
-bool Alive(pid_t pid)
-{
-    return kill(pid, 0) == 0;
-}
 
 } // namespace
 
@@ -70,13 +64,13 @@ TEST_F(BusProcesses, PartnerThatNeverJoinsIsWaitedForOnceAndNeverDoubled)
     EXPECT_EQ(Occurrences(HostErrors(), waiting), 1u) << HostErrors();
     EXPECT_EQ(Alerts(), 1u) << Dialogs();
     /* Not killed; the next call waits for the same copy instead of starting another. */
-    EXPECT_TRUE(Alive(copy));
+    EXPECT_EQ(kill(copy, 0), 0);
     SendTo("TPX1");
     EXPECT_EQ(Started(), std::vector<pid_t>{copy});
     EXPECT_EQ(Occurrences(HostErrors(), waiting), 2u) << HostErrors();
     EXPECT_EQ(Alerts(), 2u) << Dialogs();
     EXPECT_EQ(StopHost(), 0);
-    EXPECT_TRUE(Alive(copy));
+    EXPECT_EQ(kill(copy, 0), 0);
 }
 
 TEST_F(BusProcesses, PartnerThatExitsAtOnceIsReportedAndNoOtherPlaceTried)
@@ -174,7 +168,7 @@ TEST_F(BusProcesses, PrivateBusEndsWithFmhostHoweverItEnds)
             host = -1;
         }
         /* Gone: reaped by fmhost at its exit, or an orphan that ended by itself. */
-        EXPECT_TRUE(WaitFor([&] { return waitpid(busDaemon, nullptr, WNOHANG) == busDaemon || !Alive(busDaemon); }))
+        EXPECT_TRUE(WaitFor([&] { return waitpid(busDaemon, nullptr, WNOHANG) == busDaemon || kill(busDaemon, 0); }))
             << route;
         kill(busDaemon, SIGKILL);
     }

@@ -8,12 +8,12 @@
  *
  * Usage: flood_sender --as SIG --to SIG --count N [--window W] [--id MSSG] [--limit-ms MS]
  */
+#include "ProcessHarness.h"
 #include "WireEvent.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <time.h>
 
 namespace {
 
@@ -33,13 +33,6 @@ int OnAnswer(sd_bus_message *reply, void *userdata, sd_bus_error *)
     else
         tally->other++;
     return 0;
-}
-
-uint64_t NowMs(void)
-{
-    struct timespec ts;
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return (uint64_t)ts.tv_sec * 1000 + (uint64_t)ts.tv_nsec / 1000000;
 }
 
 } // namespace
@@ -68,8 +61,8 @@ int main(int argc, char **argv)
     }
     Tally tally;
     long sent = 0;
-    uint64_t deadline = NowMs() + (uint64_t)limitMs;
-    while (tally.answered < count && NowMs() < deadline) {
+    uint64_t deadline = HarnessNowUsec() + (uint64_t)limitMs * 1000u;
+    while (tally.answered < count && HarnessNowUsec() < deadline) {
         while (sent < count && sent - tally.answered < window) {
             char number[32];
             snprintf(number, sizeof number, "%ld", sent + 1);
