@@ -1,9 +1,10 @@
 /*
- * WireEvent.h: VESK events on bare sd-bus, without the platform library: owning an
+ * WireEvent.h: events on bare sd-bus, without the platform library: owning an
  * application's bus name, building an Event call and reading one. Used by the flood
- * sender of the fault tests and by the ping-pong baseline of the messaging benchmark, so
- * that both speak exactly the public wire format (docs/wire-format.md). Values are
- * plain ASCII here, so no Mac Roman conversion is needed.
+ * sender of the fault tests, the hostile clients of the fmhost tests and the baselines
+ * of the messaging benchmarks, so that all speak exactly the public wire format
+ * (docs/wire-format.md). Values go as they are given (UTF-8 on the wire): no Mac Roman
+ * conversion here.
  */
 #ifndef TPX1_WIREEVENT_H
 #define TPX1_WIREEVENT_H
