@@ -2,23 +2,18 @@
  * test_message_lists.cpp: the outgoing lists, the archive and the incoming message,
  * through the external functions and the selector-based operations.
  */
-#include "StoreTestHost.h"
 #include "fuzz/TestHooks.h"
+#include "tests/common/PluginTest.h"
 #include "platform/Toolbox.h"
 #include "store/MessageLists.h"
 #include "text/ErrorCodes.h"
 
-class MessageListsTest : public StoreTest {
+class MessageListsTest : public PluginTest {
 protected:
     void SetUp() override
     {
-        StoreTest::SetUp();
+        PluginTest::SetUp();
         PlatformClockUseManual(1000, 0);
-    }
-    void TearDown() override
-    {
-        PlatformClockUseReal();
-        StoreTest::TearDown();
     }
     static void Archive(const char *id, const char *extra)
     {
