@@ -6,7 +6,6 @@
 #include "tests/common/PluginTest.h"
 #include "platform/Toolbox.h"
 #include "store/MessageLists.h"
-#include "text/ErrorCodes.h"
 
 class MessageListsTest : public PluginTest {
 protected:
@@ -58,14 +57,6 @@ TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
     EXPECT_EQ(gIncomingMessageParameterDataNodeList, nullptr);
     EXPECT_EQ(gHaveGottenAnIncomingMessageButNotClearedIt, 0);
     EXPECT_EQ(DialogCount(), 2);
-
-    for (int i = 0; i < kArchiveSlotCount; i++)
-        Archive("FULL", "x");
-    const char *pairs[] = {"MSSG", "OVER"};
-    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), kArchiveFullErr);
-    EXPECT_EQ(FirstFreeArchiveSlot(), -1);
-    TakeOldestArchivedMessage();
-    EXPECT_EQ(FirstFreeArchiveSlot(), kArchiveSlotCount - 1);
 }
 
 TEST_F(MessageListsTest, ComposingOutgoingMessages)
