@@ -1,7 +1,7 @@
 /*
- * test_data_nodes.cpp: the DataNode list operations: set, replace, append with and
- * without duplicates, script triggering, remove, rename, attach and enable. (Every
- * allocation failing in them is the out-of-memory sweep's part.)
+ * test_data_nodes.cpp: the DataNode list operations: set, replace, the caller's handle,
+ * script triggering, remove, rename, attach and enable. (Every allocation failing in
+ * them is the out-of-memory sweep's part.)
  */
 #include <cstring>
 
@@ -21,14 +21,6 @@ protected:
     long Set(const char *name, const char *text, unsigned char isSystem = 0)
     {
         return SetDataFromStr(name, isSystem, text, &list);
-    }
-    long Append(const char *name, const char *text, bool noDupes)
-    {
-        /* A host-made handle, so that only the store's own allocations can fail. */
-        char **h = HostNewTextHandle(std::string(text) + std::string(1, '\0'));
-        long err = SetDataInList(name, 0, h, &list, true, noDupes);
-        HostDisposeHandle(h);
-        return err;
     }
 };
 
@@ -63,25 +55,11 @@ TEST_F(DataNodeTest, ReplaceQueuesScriptOnlyOnChange)
     EXPECT_EQ(Value("Renamed", list), "x");
 }
 
-TEST_F(DataNodeTest, AppendWithAndWithoutDuplicates)
+/* The caller's handle is read, terminated if need be, and never kept. (Appending, with
+ * and without NODUPES and as a change that runs an attached script, is tested through
+ * the external functions in GlobalsTest and MessageListsTest.) */
+TEST_F(DataNodeTest, CallersHandleIsReadAndNeverKept)
 {
-    EXPECT_EQ(Append("d", "x", true), 0);
-    EXPECT_EQ(Append("d", "x", true), 0);
-    EXPECT_EQ(Value("d", list), "x\r");
-    EXPECT_EQ(Append("d", "y\rx\rz", true), 0);
-    EXPECT_EQ(Value("d", list), "x\ry\rz\r");
-    EXPECT_EQ(Append("p", "x", false), 0);
-    EXPECT_EQ(Append("p", "x", false), 0);
-    EXPECT_EQ(Value("p", list), "xx");
-
-    /* Every append counts as a change, also of the empty text. */
-    AttachScriptToDataInList("p", "OnP", list);
-    SetEnableOfDataScriptInList("p", 1, list);
-    EXPECT_EQ(Append("p", "", false), 0);
-    EXPECT_EQ(std::string(gDeferredScript[0]), "OnP");
-    EXPECT_EQ(Value("p", list), "xx");
-
-    /* The caller's handle is read, terminated if need be, and never kept. */
     char **bare = MakeHandle("abc");
     EXPECT_EQ(SetDataInList("q", 0, bare, &list, false, false), 0);
     EXPECT_EQ(Bytes(bare), std::string("abc\0", 4));
