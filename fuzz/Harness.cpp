@@ -9,9 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 #include "files/Paths.h"
 #include "iac/Iac.h"
@@ -71,8 +69,7 @@ namespace {
 
 const char *const kStandardEntries[] = {"Apps", "Applications", "Data1", "Data2"};
 
-std::string gRootPosix;
-std::string gRootClassic;
+TestFolder *gRoot;
 FMX_ExternCallBlock gStandingBlock;
 HostPlugin gPlugin;
 bool gPluginReady = false;
@@ -84,41 +81,19 @@ void RemoveRootAtExit()
     AERemoveEventHandler(kVeskEventClass, kVeskEventID, HandleVESKEvent, false);
     HarnessDrainEvents();
     PlatformBusUseMemory();
-    std::error_code ignored;
-    if (!gRootPosix.empty())
-        std::filesystem::remove_all(gRootPosix, ignored);
+    delete gRoot;
+    gRoot = nullptr;
 }
 
 void MakeStandardLayout()
 {
-    std::error_code ignored;
     for (const char *entry : kStandardEntries)
-        std::filesystem::create_directories(gRootPosix + "/" + entry, ignored);
-    if (!std::filesystem::exists(gRootPosix + "/Apps/FakeHost", ignored))
-        HarnessWriteFile("Apps/FakeHost", "");
+        gRoot->MakeFolder(entry);
+    if (!gRoot->Exists("Apps/FakeHost"))
+        gRoot->Write("Apps/FakeHost");
     /* The partners in their default places, so that launching finds them. */
-    std::filesystem::create_directories(gRootPosix + "/Applications/TOPOLUX Folder", ignored);
-    std::filesystem::create_directories(gRootPosix + "/Applications/NIMBO Folder", ignored);
-    HarnessWriteFile("Applications/TOPOLUX Folder/TOPOLUX", "");
-    HarnessWriteFile("Applications/NIMBO Folder/NIMBO", "");
-}
-
-void EnsureRoot()
-{
-    if (!gRootPosix.empty())
-        return;
-    char pattern[] = "/tmp/tpx1-harness-XXXXXX";
-    if (!mkdtemp(pattern))
-        HarnessFail("cannot make the private folder", pattern);
-    gRootPosix = pattern;
-    char classic[1024];
-    if (PlatformPOSIXPathToClassic(gRootPosix.c_str(), classic, sizeof classic) != noErr)
-        HarnessFail("cannot name the private folder as a classic path", gRootPosix);
-    gRootClassic = classic;
-    while (!gRootClassic.empty() && gRootClassic.back() == ':')
-        gRootClassic.pop_back();
-    atexit(RemoveRootAtExit);
-    MakeStandardLayout();
+    gRoot->Write("Applications/TOPOLUX Folder/TOPOLUX");
+    gRoot->Write("Applications/NIMBO Folder/NIMBO");
 }
 
 /* Removes whatever earlier runs left in the private folder: everything but the standard
@@ -126,7 +101,7 @@ void EnsureRoot()
 void TidyRoot()
 {
     std::error_code ignored;
-    for (const auto &entry : std::filesystem::directory_iterator(gRootPosix, ignored)) {
+    for (const auto &entry : std::filesystem::directory_iterator(gRoot->Posix(), ignored)) {
         std::string name = entry.path().filename().string();
         bool standard = false;
         for (const char *keep : kStandardEntries)
@@ -135,7 +110,7 @@ void TidyRoot()
             std::filesystem::remove_all(entry.path(), ignored);
     }
     for (const char *folder : kStandardEntries) {
-        for (const auto &entry : std::filesystem::directory_iterator(gRootPosix + "/" + folder, ignored)) {
+        for (const auto &entry : std::filesystem::directory_iterator(gRoot->Posix(folder), ignored)) {
             if (std::string(folder) == "Apps" && entry.path().filename() == "FakeHost")
                 continue;
             std::filesystem::remove_all(entry.path(), ignored);
@@ -146,50 +121,16 @@ void TidyRoot()
 
 }  // namespace
 
-const std::string &HarnessRootPosix()
+const TestFolder &HarnessFolder()
 {
-    EnsureRoot();
-    return gRootPosix;
-}
-
-const std::string &HarnessRootClassic()
-{
-    EnsureRoot();
-    return gRootClassic;
-}
-
-std::string HarnessPosix(const std::string &relative)
-{
-    return HarnessRootPosix() + "/" + relative;
-}
-
-std::string HarnessClassic(const std::string &relative)
-{
-    std::string path = HarnessRootClassic() + ":" + relative;
-    for (size_t i = HarnessRootClassic().size(); i < path.size(); i++)
-        if (path[i] == '/')
-            path[i] = ':';
-    return path;
-}
-
-void HarnessWriteFile(const std::string &relative, const std::string &bytes)
-{
-    std::ofstream out(HarnessPosix(relative), std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-std::string HarnessReadFile(const std::string &relative)
-{
-    std::ifstream in(HarnessPosix(relative), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
-}
-
-void HarnessRemoveFile(const std::string &relative)
-{
-    std::error_code ignored;
-    std::filesystem::remove(HarnessPosix(relative), ignored);
+    if (!gRoot) {
+        gRoot = new TestFolder;
+        if (gRoot->Classic().empty())
+            HarnessFail("cannot name the private folder as a classic path", gRoot->Posix());
+        atexit(RemoveRootAtExit);
+        MakeStandardLayout();
+    }
+    return *gRoot;
 }
 
 /* ---- Process state ---- */
@@ -249,7 +190,7 @@ std::vector<std::string> HarnessTakeDialogs()
 
 void HarnessResetProcess(uint32_t clockStep)
 {
-    EnsureRoot();
+    HarnessFolder();
     HostMemorySetFailure(0, kHostFailOff);
     PlatformResetAll();
     ResetCoreState();
@@ -257,8 +198,8 @@ void HarnessResetProcess(uint32_t clockStep)
     PlatformBusUseMemory();
     PlatformSetProcessSignature(kHarnessHostSignature);
     PlatformClockUseManual(1000, clockStep);
-    setenv("TPX1_APP_PATH", HarnessPosix("Apps/FakeHost").c_str(), 1);
-    setenv("TPX1_APPLICATIONS_FOLDER", HarnessPosix("Applications").c_str(), 1);
+    setenv("TPX1_APP_PATH", gRoot->Posix("Apps/FakeHost").c_str(), 1);
+    setenv("TPX1_APPLICATIONS_FOLDER", gRoot->Posix("Applications").c_str(), 1);
     TidyRoot();
     HarnessUseStandingBlock();
 }
@@ -415,7 +356,7 @@ std::string ConfinePath(std::string field)
     }
     flush(false);
     if (lead == 0)
-        return HarnessRootClassic() + ":" + cleaned;
+        return HarnessFolder().Classic(cleaned);
     return std::string(lead >= 2 ? 2 : 1, ':') + cleaned;
 }
 
@@ -482,20 +423,25 @@ uint32_t CodeOf(const char *text)
 
 }  // namespace
 
-void HarnessDeliverMessage(const std::vector<std::pair<std::string, std::string>> &pairs, uint32_t sender)
+void HarnessMakeMessage(const HarnessParams &pairs, AppleEvent *event)
 {
-    AppleEvent event;
     AEAddressDesc address;
-    AEInitializeDesc(&event);
+    AEInitializeDesc(event);
     AEInitializeDesc(&address);
     OSType me = kHarnessHostSignature;
     AECreateDesc(typeApplSignature, &me, sizeof me, &address);
-    AECreateAppleEvent(kVeskEventClass, kVeskEventID, &address, kAutoGenerateReturnID, kAnyTransactionID, &event);
+    AECreateAppleEvent(kVeskEventClass, kVeskEventID, &address, kAutoGenerateReturnID, kAnyTransactionID, event);
     for (const auto &pair : pairs)
-        AEPutParamPtr(&event, CodeOf(pair.first.c_str()), typeChar, pair.second.data(), (int32_t)pair.second.size());
+        AEPutParamPtr(event, CodeOf(pair.first.c_str()), typeChar, pair.second.data(), (int32_t)pair.second.size());
+    AEDisposeDesc(&address);
+}
+
+void HarnessDeliverMessage(const HarnessParams &pairs, uint32_t sender)
+{
+    AppleEvent event;
+    HarnessMakeMessage(pairs, &event);
     PlatformMemoryBusDeliver(&event, sender);
     AEDisposeDesc(&event);
-    AEDisposeDesc(&address);
 }
 
 void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event)

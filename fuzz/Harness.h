@@ -18,6 +18,7 @@
 
 #include "host/HostCore.h"
 #include "platform/AppleEvents.h"
+#include "tests/common/TestFolder.h"
 
 #define kHarnessHostSignature FOUR_CHAR('F', 'M', 'P', '7')
 
@@ -40,17 +41,10 @@ private:
     size_t pos_ = 0;
 };
 
-/* ---- The private folder: <tmp>/Apps/FakeHost is the host application, <tmp>/Applications
- * the applications folder (holding "TOPOLUX Folder/TOPOLUX" and "NIMBO Folder/NIMBO"),
- * <tmp>/Data1 and <tmp>/Data2 two data folders. Made once per
- * process and removed at exit. ---- */
-const std::string &HarnessRootPosix();
-const std::string &HarnessRootClassic();              /* without a trailing ':' */
-std::string HarnessPosix(const std::string &relative);  /* "Apps/x" -> /tmp/...../Apps/x */
-std::string HarnessClassic(const std::string &relative); /* "Apps/x" -> Linux:tmp:...:Apps:x */
-void HarnessWriteFile(const std::string &relative, const std::string &bytes);
-std::string HarnessReadFile(const std::string &relative);
-void HarnessRemoveFile(const std::string &relative);
+/* ---- The private folder: Apps/FakeHost is the host application, Applications the
+ * applications folder (holding "TOPOLUX Folder/TOPOLUX" and "NIMBO Folder/NIMBO"), Data1
+ * and Data2 two data folders. Made once per process and removed at exit. ---- */
+const TestFolder &HarnessFolder();
 
 /* ---- Process state ---- */
 /* Puts every process-wide table back as at load (the platform's PlatformResetAll and the
@@ -91,10 +85,12 @@ void HarnessShutdownAndCheck(HostPlugin *plugin);
  * paths are put under it, leading colons are cut to one level up, no empty or ".."
  * components, no '/'). Other ids come back unchanged. */
 std::string HarnessConfineArgument(long funcId, const std::string &argument);
-/* Delivers a 'VESK' message of (keyword, value) pairs to this process over the in-memory
- * bus, as the partner with the sender signature sends it; HarnessDrainEvents hands it to
- * the handler. */
-void HarnessDeliverMessage(const std::vector<std::pair<std::string, std::string>> &pairs, uint32_t sender);
+/* A 'VESK' message to this process with (keyword, value) pairs as 'TEXT', in order. */
+using HarnessParams = std::vector<std::pair<std::string, std::string>>;
+void HarnessMakeMessage(const HarnessParams &pairs, AppleEvent *event);
+/* Delivers such a message over the in-memory bus, as the partner with the sender
+ * signature sends it; HarnessDrainEvents hands it to the handler. */
+void HarnessDeliverMessage(const HarnessParams &pairs, uint32_t sender);
 /* An incoming message event built from the input: any class and id now and then, then
  * keyword / type / data triples (known keywords and message ids preferred). */
 void HarnessBuildIncomingEvent(FuzzInput &in, AppleEvent *event);

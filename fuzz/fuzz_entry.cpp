@@ -64,10 +64,11 @@ OSType PartnerSignature(uint8_t pick)
 int FuzzEntryOneInput(const uint8_t *data, size_t size)
 {
     HarnessResetProcess(1);
-    HarnessWriteFile("Apps/BaseDirectoryList.txt", HarnessClassic("Data1") + "\r" + HarnessClassic("Data2:") + "\r");
-    HarnessWriteFile("Data1/Ref1.txt", "CMTR2005 fdtR2007 PHTR2000\r");
-    HarnessWriteFile("Data2/Ref2.txt", "0123456789ABCDEF\tLayer\tMap\r");
-    HarnessWriteFile("Apps/Sheet.RPF", "xxCKTR2003yyyyyyyyyyyyyy");
+    const TestFolder &root = HarnessFolder();
+    root.Write("Apps/BaseDirectoryList.txt", root.Classic("Data1") + "\r" + root.Classic("Data2:") + "\r");
+    root.Write("Data1/Ref1.txt", "CMTR2005 fdtR2007 PHTR2000\r");
+    root.Write("Data2/Ref2.txt", "0123456789ABCDEF\tLayer\tMap\r");
+    root.Write("Apps/Sheet.RPF", "xxCKTR2003yyyyyyyyyyyyyy");
     FuzzInput in(data, size);
     HostPlugin *plugin = HarnessPlugin();
 
@@ -127,7 +128,7 @@ int FuzzEntryOneInput(const uint8_t *data, size_t size)
             uint8_t failure = in.Byte();
             std::string argument = HarnessConfineArgument(id, in.Text());
             if ((id == kTPX1AskUserForFileNameToRead || id == kTPX1AskUserForFileNameToWrite) && (failure & 0x80))
-                PlatformDialogQueueFileAnswer(HarnessClassic("Apps/Chosen.txt").c_str());
+                PlatformDialogQueueFileAnswer(HarnessFolder().Classic("Apps/Chosen.txt").c_str());
             ArmHostFailure(failure);
             HostCallExternal(plugin, static_cast<int32_t>(id), argument);
             HostMemorySetFailure(0, kHostFailOff);

@@ -28,7 +28,7 @@ std::string ExpandRoot(const std::string &text)
     std::string out;
     for (char c : text) {
         if (c == '~')
-            out += HarnessRootClassic();
+            out += HarnessFolder().Classic();
         else
             out += c;
     }
@@ -121,13 +121,13 @@ int FuzzPathsOneInput(const uint8_t *data, size_t size)
 
     bool listFile = !(flags & 1);
     if (listFile)
-        HarnessWriteFile("Apps/BaseDirectoryList.txt", list);
+        HarnessFolder().Write("Apps/BaseDirectoryList.txt", list);
     if (flags & 2)
-        HarnessWriteFile("Data1/Ref.txt", "1");
+        HarnessFolder().Write("Data1/Ref.txt", "1");
     if (flags & 4)
-        HarnessWriteFile("Data2/Ref.txt", "2");
+        HarnessFolder().Write("Data2/Ref.txt", "2");
     if (flags & 8)
-        HarnessWriteFile("Apps/Ref.txt", "app");
+        HarnessFolder().Write("Apps/Ref.txt", "app");
 
     HostPlugin *plugin = HarnessPlugin();
     HostInit(plugin, 60);

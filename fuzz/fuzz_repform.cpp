@@ -108,8 +108,8 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
     int shift = static_cast<int8_t>(in.Byte());
     char filler = static_cast<char>(in.Byte());
     std::string content = BuildContent(mode, shift, filler, in.Rest());
-    HarnessWriteFile("Apps/Report.RPF", content);
-    std::string path = HarnessClassic("Apps/Report.RPF");
+    HarnessFolder().Write("Apps/Report.RPF", content);
+    std::string path = HarnessFolder().Classic("Apps/Report.RPF");
 
     HostPlugin *plugin = HarnessPlugin();
     HostInit(plugin, 60);
@@ -152,7 +152,7 @@ int FuzzRepformOneInput(const uint8_t *data, size_t size)
         if (err != noErr)
             HarnessFail("ChangeRepformYears failed", std::to_string(err) + " " + (errorText ? errorText : ""));
     }
-    std::string rewritten = HarnessReadFile("Apps/Report.RPF");
+    std::string rewritten = HarnessFolder().Read("Apps/Report.RPF");
     std::string model = newYear ? ModelRewrite(content, newYear) : content;
     std::string difference = FirstDifference(model, rewritten);
     if (!difference.empty())

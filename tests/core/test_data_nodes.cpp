@@ -1,36 +1,26 @@
 /*
- * test_data_nodes.cpp: the DataNode list operations: set, replace, append with and
- * without duplicates, script triggering, remove, rename, attach and enable, and every
- * allocation failure of the set and append paths.
+ * test_data_nodes.cpp: the DataNode list operations: set, replace, the caller's handle,
+ * script triggering, remove, rename, attach and enable. (Every allocation failing in
+ * them is the out-of-memory sweep's part.)
  */
 #include <cstring>
-#include <functional>
 
-#include "StoreTestHost.h"
-#include "fuzz/TestHooks.h"
-#include "store/MessageLists.h"
+#include "plugin/Plugin.h"
+#include "tests/common/PluginTest.h"
 #include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
-class DataNodeTest : public StoreTest {
+class DataNodeTest : public PluginTest {
 protected:
     DataNode *list = nullptr;
     void TearDown() override
     {
         DisposeDataList(&list);
-        StoreTest::TearDown();
+        PluginTest::TearDown();
     }
     long Set(const char *name, const char *text, unsigned char isSystem = 0)
     {
         return SetDataFromStr(name, isSystem, text, &list);
-    }
-    long Append(const char *name, const char *text, bool noDupes)
-    {
-        /* A host-made handle, so that only the store's own allocations can fail. */
-        char **h = HostNewTextHandle(std::string(text) + std::string(1, '\0'));
-        long err = SetDataInList(name, 0, h, &list, true, noDupes);
-        HostDisposeHandle(h);
-        return err;
     }
 };
 
@@ -41,12 +31,12 @@ TEST_F(DataNodeTest, ReplaceQueuesScriptOnlyOnChange)
     EXPECT_EQ(AttachScriptToDataInList("a", "Recount", list), 0);
     EXPECT_EQ(list->scriptEnabled, 0);
     EXPECT_EQ(Set("a", "3"), 0);
-    EXPECT_EQ(QueuedScript(0), "");           /* attached, not enabled */
+    EXPECT_EQ(std::string(gDeferredScript[0]), "");           /* attached, not enabled */
     EXPECT_EQ(SetEnableOfDataScriptInList("a", 1, list), 0);
     EXPECT_EQ(Set("a", "3"), 0);
-    EXPECT_EQ(QueuedScript(0), "");           /* same value: no change */
+    EXPECT_EQ(std::string(gDeferredScript[0]), "");           /* same value: no change */
     EXPECT_EQ(Set("a", "2"), 0);
-    EXPECT_EQ(QueuedScript(0), "Recount");
+    EXPECT_EQ(std::string(gDeferredScript[0]), "Recount");
     EXPECT_STREQ(gNameOfGlobalThatTriggeredScript, "a");
 
     EXPECT_EQ(Set("Name", "x"), 0);
@@ -65,25 +55,11 @@ TEST_F(DataNodeTest, ReplaceQueuesScriptOnlyOnChange)
     EXPECT_EQ(Value("Renamed", list), "x");
 }
 
-TEST_F(DataNodeTest, AppendWithAndWithoutDuplicates)
+/* The caller's handle is read, terminated if need be, and never kept. (Appending, with
+ * and without NODUPES and as a change that runs an attached script, is tested through
+ * the external functions in GlobalsTest and MessageListsTest.) */
+TEST_F(DataNodeTest, CallersHandleIsReadAndNeverKept)
 {
-    EXPECT_EQ(Append("d", "x", true), 0);
-    EXPECT_EQ(Append("d", "x", true), 0);
-    EXPECT_EQ(Value("d", list), "x\r");
-    EXPECT_EQ(Append("d", "y\rx\rz", true), 0);
-    EXPECT_EQ(Value("d", list), "x\ry\rz\r");
-    EXPECT_EQ(Append("p", "x", false), 0);
-    EXPECT_EQ(Append("p", "x", false), 0);
-    EXPECT_EQ(Value("p", list), "xx");
-
-    /* Every append counts as a change, also of the empty text. */
-    AttachScriptToDataInList("p", "OnP", list);
-    SetEnableOfDataScriptInList("p", 1, list);
-    EXPECT_EQ(Append("p", "", false), 0);
-    EXPECT_EQ(QueuedScript(0), "OnP");
-    EXPECT_EQ(Value("p", list), "xx");
-
-    /* The caller's handle is read, terminated if need be, and never kept. */
     char **bare = MakeHandle("abc");
     EXPECT_EQ(SetDataInList("q", 0, bare, &list, false, false), 0);
     EXPECT_EQ(Bytes(bare), std::string("abc\0", 4));
@@ -120,67 +96,4 @@ TEST_F(DataNodeTest, RemoveAttachAndEnable)
     char buf[8];
     EXPECT_EQ(GetDataFromListAsStr("absent", buf, sizeof buf, list), 0);
     EXPECT_STREQ(buf, "");
-}
-
-/* Runs op with allocation n failing, for n = 1, 2, ... until op succeeds; every failing
- * run must give -108 and leave the list in one of the allowed states. */
-static void FailEveryAllocation(DataNode **list, const std::function<long()> &op,
-                                const std::function<void(long n, const std::string &state)> &check)
-{
-    for (long n = 1; n < 100; n++) {
-        HostMemorySetFailure(n, kHostFailOnce);
-        long err = op();
-        bool failed = HostMemoryFailuresDelivered() > 0;
-        HostMemorySetFailure(0, kHostFailOff);
-        if (!failed) {
-            EXPECT_EQ(err, 0) << n;
-            EXPECT_GT(n, 1) << "the operation allocated nothing";
-            return;
-        }
-        EXPECT_EQ(err, memFullErr) << "allocation " << n;
-        check(n, StoreTest::Describe(*list));
-    }
-    ADD_FAILURE() << "never succeeded";
-}
-
-TEST_F(DataNodeTest, EveryAllocationFailureLeavesTheListIntact)
-{
-    Set("old", "1");
-    /* A new node: either absent, or present with no value. */
-    FailEveryAllocation(&list, [&] { return Set("new", "value"); }, [&](long n, const std::string &state) {
-        EXPECT_TRUE(state == "old=1;" || state == "old=1;new~;") << n << ": " << state;
-        RemoveDataFromList("new", &list);
-    });
-    EXPECT_EQ(Describe(list), "old=1;new=value;");
-
-    /* Replacing: the old value or the new one, nothing else. */
-    std::string big(500, 'b');
-    FailEveryAllocation(&list, [&] { return Set("old", big.c_str()); }, [&](long n, const std::string &state) {
-        EXPECT_EQ(state, "old=1;new=value;") << n;
-    });
-    EXPECT_EQ(Value("old", list), big);
-
-    FailEveryAllocation(&list, [&] { return Append("new", "+more", false); }, [&](long n, const std::string &state) {
-        EXPECT_EQ(state, "old=" + big + ";new=value;") << n;
-    });
-    EXPECT_EQ(Value("new", list), "value+more");
-
-    FailEveryAllocation(&list, [&] { return Append("lines", "l1", true); }, [&](long n, const std::string &state) {
-        EXPECT_TRUE(state == "old=" + big + ";new=value+more;" || state == "old=" + big + ";new=value+more;lines~;")
-            << n;
-        RemoveDataFromList("lines", &list);
-    });
-    EXPECT_EQ(Value("lines", list), "l1\r");
-
-    /* The archive hook empties its slot on failure. */
-    const char *pairs[] = {"MSSG", "TEST", "SIGN", "TPX1"};
-    FailEveryAllocation(&gArchivedIncomingMessageParameterDataNodeList[0], [&] {
-        return (long)ArchiveMessageForTesting(pairs, 2);
-    }, [&](long n, const std::string &state) { EXPECT_EQ(state, "") << n; });
-    EXPECT_EQ(Describe(gArchivedIncomingMessageParameterDataNodeList[0]), "MSSG=TEST;SIGN=TPX1;");
-
-    DisposeDataList(&list);
-    DisposeDataLists();
-    EXPECT_EQ(HostMemoryLiveHandles(), 0);
-    EXPECT_EQ(HostMemoryLivePointers(), 0);
 }

@@ -4,18 +4,19 @@
  */
 #include <cstring>
 
-#include "StoreTestHost.h"
+#include "plugin/Plugin.h"
+#include "tests/common/PluginTest.h"
 #include "platform/Toolbox.h"
 #include "store/Globals.h"
 
 static const char kSetGlobalError222[] =
     "An error occurred in the plug-in function TPX1SetGlobal.\r\rError: -222\r\r";
 
-class GlobalsTest : public StoreTest {
+class GlobalsTest : public PluginTest {
 protected:
     void SetUp() override
     {
-        StoreTest::SetUp();
+        PluginTest::SetUp();
         SetGlobalFromStr("App Signature", 1, "FMP5");
         SetGlobalFromStr("Plugin Version", 1, "TOPOLUX plugin ver 8.0");
     }
@@ -75,10 +76,10 @@ TEST_F(GlobalsTest, AppendUnsetAndScripts)
     int dialogs = DialogCount();
     Call(kTPX1AttachScriptToGlobal, "Text|Recount");
     Call(kTPX1AppendToGlobal, "Text|x");
-    EXPECT_EQ(QueuedScript(0), "");
+    EXPECT_EQ(std::string(gDeferredScript[0]), "");
     Call(kTPX1EnableGlobalScript, "Text");
     Call(kTPX1AppendToGlobal, "Text|");
-    EXPECT_EQ(QueuedScript(0), "Recount");
+    EXPECT_EQ(std::string(gDeferredScript[0]), "Recount");
     EXPECT_EQ(DialogCount(), dialogs);
     EXPECT_EQ(Call(kTPX1GetNameOfGlobalThatTriggeredScript, "", "old"), "Text");
     EXPECT_EQ(Call(kTPX1GetNameOfGlobalThatTriggeredScript, "", "old"), "");

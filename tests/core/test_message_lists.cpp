@@ -2,23 +2,17 @@
  * test_message_lists.cpp: the outgoing lists, the archive and the incoming message,
  * through the external functions and the selector-based operations.
  */
-#include "StoreTestHost.h"
 #include "fuzz/TestHooks.h"
+#include "tests/common/PluginTest.h"
 #include "platform/Toolbox.h"
 #include "store/MessageLists.h"
-#include "text/ErrorCodes.h"
 
-class MessageListsTest : public StoreTest {
+class MessageListsTest : public PluginTest {
 protected:
     void SetUp() override
     {
-        StoreTest::SetUp();
+        PluginTest::SetUp();
         PlatformClockUseManual(1000, 0);
-    }
-    void TearDown() override
-    {
-        PlatformClockUseReal();
-        StoreTest::TearDown();
     }
     static void Archive(const char *id, const char *extra)
     {
@@ -63,14 +57,6 @@ TEST_F(MessageListsTest, ArchiveIsFirstInFirstOut)
     EXPECT_EQ(gIncomingMessageParameterDataNodeList, nullptr);
     EXPECT_EQ(gHaveGottenAnIncomingMessageButNotClearedIt, 0);
     EXPECT_EQ(DialogCount(), 2);
-
-    for (int i = 0; i < kArchiveSlotCount; i++)
-        Archive("FULL", "x");
-    const char *pairs[] = {"MSSG", "OVER"};
-    EXPECT_EQ(ArchiveMessageForTesting(pairs, 1), kArchiveFullErr);
-    EXPECT_EQ(FirstFreeArchiveSlot(), -1);
-    TakeOldestArchivedMessage();
-    EXPECT_EQ(FirstFreeArchiveSlot(), kArchiveSlotCount - 1);
 }
 
 TEST_F(MessageListsTest, ComposingOutgoingMessages)

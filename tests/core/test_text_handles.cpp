@@ -5,13 +5,13 @@
 #include <cstring>
 #include <string>
 
-#include "CoreTestHost.h"
+#include "tests/common/PluginTest.h"
 #include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
 
 using namespace std::string_literals;
 
-class TextHandlesTest : public CoreHostTest {};
+using TextHandlesTest = PluginTest;
 
 TEST_F(TextHandlesTest, ResultsAndTerminatedContents)
 {

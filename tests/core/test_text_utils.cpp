@@ -91,10 +91,6 @@ TEST(TextUtils, FourCharacterCodes)
     EXPECT_STREQ(s, "TPX1");
     EXPECT_TRUE(IsAllSpacesOSType(StringToOSType("")));
     EXPECT_FALSE(IsAllSpacesOSType(0));
-    EXPECT_EQ(SwapBinary(), 0);
-    unsigned long code = FOUR_CHAR('a', 'b', 'c', 'd');
-    SwapOSType(&code);
-    EXPECT_EQ(code, FOUR_CHAR('a', 'b', 'c', 'd'));
 }
 
 TEST(TextUtils, TruthValuesAndNumbers)
@@ -115,9 +111,6 @@ TEST(TextUtils, TruthValuesAndNumbers)
     EXPECT_STREQ(n, "-2802");
     mylong2str(1234567, n);
     EXPECT_STREQ(n, "1234567");
-    EXPECT_STREQ(ReturnString(), "\r");
-    EXPECT_STREQ(MacReturnString(), "\r");
-    EXPECT_STREQ(IbmReturnString(), "\r\n");
 }
 
 TEST(TextUtils, PascalStrings)

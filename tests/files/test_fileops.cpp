@@ -3,7 +3,7 @@
  * and read helpers and the zip messages, with their failure texts driven by fault
  * injection.
  */
-#include "FilesFixture.h"
+#include "tests/common/PluginTest.h"
 
 #include <cstring>
 #include <filesystem>
@@ -16,6 +16,8 @@
 #include "platform/Toolbox.h"
 #include "text/ErrorCodes.h"
 #include "text/TextHandles.h"
+
+using FilesTest = InitedPluginTest;
 
 namespace {
 
@@ -37,9 +39,9 @@ std::string Pattern(size_t size)
 
 TEST_F(FilesTest, FileExistsAnswersTrueOrFalse)
 {
-    WriteFile("Apps/here.txt", "x");
+    folder.Write("Apps/here.txt", "x");
     EXPECT_EQ(Call(kTPX1FileExists, ":here.txt"), "TRUE");
-    EXPECT_EQ(Call(kTPX1FileExists, Classic("Apps:here.txt")), "TRUE");
+    EXPECT_EQ(Call(kTPX1FileExists, folder.Classic("Apps:here.txt")), "TRUE");
     EXPECT_EQ(Call(kTPX1FileExists, ":gone.txt"), "FALSE");
     EXPECT_EQ(Call(kTPX1FileExists, "NoSuchVolume:x"), "FALSE");
 }
@@ -50,31 +52,31 @@ TEST_F(FilesTest, CopyFileCopiesTheDataFork)
     EXPECT_EQ(Call(kTPX1CopyFile, ":a.txt|:b.txt"), "Error: The source file does not exist: " + AppFolder() + "a.txt");
 
     std::string data = Pattern(250001);   /* three transfer buffers */
-    WriteFile("Apps/a.bin", data);
+    folder.Write("Apps/a.bin", data);
     int64_t inKernel = PlatformFilesBytesCopiedInKernel();
-    EXPECT_EQ(Call(kTPX1CopyFile, ":a.bin|" + Classic("b.bin")), "");
-    EXPECT_EQ(ReadFile("b.bin"), data);
+    EXPECT_EQ(Call(kTPX1CopyFile, ":a.bin|" + folder.Classic("b.bin")), "");
+    EXPECT_EQ(folder.Read("b.bin"), data);
     EXPECT_EQ(PlatformFilesBytesCopiedInKernel() - inKernel, 250001) << "one file system: inside the kernel";
 
     /* A locked destination is unlocked and replaced. */
-    WriteFile("locked.bin", "old and longer than the new one");
+    folder.Write("locked.bin", "old and longer than the new one");
     Str255 locked;
-    PascalOf(Classic("locked.bin"), locked);
+    PascalOf(folder.Classic("locked.bin"), locked);
     ASSERT_EQ(HSetFLock(0, 0, locked), noErr);
-    WriteFile("Apps/small.txt", "new");
+    folder.Write("Apps/small.txt", "new");
     PlatformFaultSet(kFaultHRstFLock, 1000000, ioErr, false);   /* counts the calls */
-    EXPECT_EQ(Call(kTPX1CopyFile, ":small.txt|" + Classic("locked.bin")), "");
-    EXPECT_EQ(ReadFile("locked.bin"), "new");
+    EXPECT_EQ(Call(kTPX1CopyFile, ":small.txt|" + folder.Classic("locked.bin")), "");
+    EXPECT_EQ(folder.Read("locked.bin"), "new");
     EXPECT_EQ(PlatformFaultCalls(kFaultHRstFLock), 1);
     EXPECT_TRUE(TakeDialogs().empty());
 }
 
 TEST_F(FilesTest, CopyingAnEmptyFileKeepsTypeAndCreator)
 {
-    WriteFile("empty.dat", "");
+    folder.Write("empty.dat", "");
     Str255 source, destination;
-    PascalOf(Classic("empty.dat"), source);
-    PascalOf(Classic("copy.dat"), destination);
+    PascalOf(folder.Classic("empty.dat"), source);
+    PascalOf(folder.Classic("copy.dat"), destination);
     FInfo info{};
     ASSERT_EQ(HGetFInfo(0, 0, source, &info), noErr);
     info.fdType = FOUR_CHAR('R', 'P', 'F', ' ');
@@ -82,9 +84,9 @@ TEST_F(FilesTest, CopyingAnEmptyFileKeepsTypeAndCreator)
     ASSERT_EQ(HSetFInfo(0, 0, source, &info), noErr);
     ASSERT_EQ(HGetFInfo(0, 0, source, &info), noErr);
 
-    EXPECT_EQ(Call(kTPX1CopyFile, Classic("empty.dat") + "|" + Classic("copy.dat")), "");
-    ASSERT_TRUE(Exists("copy.dat"));
-    EXPECT_EQ(ReadFile("copy.dat"), "");
+    EXPECT_EQ(Call(kTPX1CopyFile, folder.Classic("empty.dat") + "|" + folder.Classic("copy.dat")), "");
+    ASSERT_TRUE(folder.Exists("copy.dat"));
+    EXPECT_EQ(folder.Read("copy.dat"), "");
     FInfo copied{};
     ASSERT_EQ(HGetFInfo(0, 0, destination, &copied), noErr);
     SKIP_WITHOUT_FINDER_INFO(info);
@@ -94,7 +96,7 @@ TEST_F(FilesTest, CopyingAnEmptyFileKeepsTypeAndCreator)
 
 TEST_F(FilesTest, CopyFileFailureTexts)
 {
-    WriteFile("Apps/src.txt", "source bytes");
+    folder.Write("Apps/src.txt", "source bytes");
     int number = 0;
     struct Case {
         PlatformFaultPoint op;
@@ -133,13 +135,13 @@ TEST_F(FilesTest, CopyFileFailureTexts)
 TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
 {
     std::string data = Pattern(200000);
-    WriteFile("from.bin", data);
+    folder.Write("from.bin", data);
     Str255 from, to;
-    PascalOf(Classic("from.bin"), from);
-    PascalOf(Classic("to.bin"), to);
+    PascalOf(folder.Classic("from.bin"), from);
+    PascalOf(folder.Classic("to.bin"), to);
     for (bool kernel : {true, false}) for (bool failSecond : {false, true}) {
         PlatformFilesAllowKernelCopy(kernel);
-        WriteFile("to.bin", "");
+        folder.Write("to.bin", "");
         int16_t source = 0, destination = 0;
         ASSERT_EQ(HOpenDF(0, 0, from, fsRdPerm, &source), noErr);
         ASSERT_EQ(HOpenDF(0, 0, to, fsRdWrPerm, &destination), noErr);
@@ -161,7 +163,7 @@ TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
         PlatformFaultClearAll();
         FSClose(source);
         FSClose(destination);
-        EXPECT_EQ(ReadFile("to.bin"), data.substr(100000, failSecond ? 95000 : 100000)) << kernel;
+        EXPECT_EQ(folder.Read("to.bin"), data.substr(100000, failSecond ? 95000 : 100000)) << kernel;
     }
     PlatformFilesAllowKernelCopy(true);
 }
@@ -169,24 +171,24 @@ TEST_F(FilesTest, TransferBufferBacksOffWhileMemoryIsShort)
 TEST_F(FilesTest, DeleteFileRetriesABusyFile)
 {
     EXPECT_EQ(Call(kTPX1DeleteFile, ":missing.txt"), "");
-    WriteFile("Apps/plain.txt", "x");
+    folder.Write("Apps/plain.txt", "x");
     EXPECT_EQ(Call(kTPX1DeleteFile, ":plain.txt"), "");
-    EXPECT_FALSE(Exists("Apps/plain.txt"));
+    EXPECT_FALSE(folder.Exists("Apps/plain.txt"));
 
     PlatformClockUseManual(1000, 7);
-    WriteFile("Apps/busy.txt", "x");
+    folder.Write("Apps/busy.txt", "x");
     PlatformFaultSet(kFaultHDelete, 1, fBsyErr, false);
     EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "");
     EXPECT_EQ(PlatformFaultCalls(kFaultHDelete), 2);
-    EXPECT_FALSE(Exists("Apps/busy.txt"));
+    EXPECT_FALSE(folder.Exists("Apps/busy.txt"));
 
-    WriteFile("Apps/busy.txt", "x");
+    folder.Write("Apps/busy.txt", "x");
     PlatformFaultSet(kFaultHDelete, 1, fBsyErr, true);
     uint32_t before = TickCount();
     EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "Error -47: Unable to delete file: " + AppFolder() + "busy.txt");
     EXPECT_EQ(PlatformFaultCalls(kFaultHDelete), 16);
     EXPECT_GE(TickCount() - before, 15u * 60u) << "one second between tries";
-    EXPECT_TRUE(Exists("Apps/busy.txt"));
+    EXPECT_TRUE(folder.Exists("Apps/busy.txt"));
 
     PlatformFaultSet(kFaultHDelete, 1, permErr, false);
     EXPECT_EQ(Call(kTPX1DeleteFile, ":busy.txt"), "Error -54: Unable to delete file: " + AppFolder() + "busy.txt");
@@ -198,7 +200,7 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
 {
     const std::string usage =
         "Error: Usage TPX1GetCharsFromFile(startingCharOneRelative|numCharsToCopy|relativeOrFullPath)";
-    WriteFile("Apps/f.txt", "abcdefgh");
+    folder.Write("Apps/f.txt", "abcdefgh");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "0|3|:f.txt"), usage);
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|0|:f.txt"), usage);
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|3"), usage);
@@ -206,7 +208,7 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "3|4|:f.txt"), "cdef");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "1|1|:f.txt|"), "a");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|100|:f.txt"), "fgh");
-    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "8|1|" + Classic("Apps:f.txt")), "h");
+    EXPECT_EQ(Call(kTPX1GetCharsFromFile, "8|1|" + folder.Classic("Apps:f.txt")), "h");
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "9|5|:f.txt"), "");
     /* A count far beyond the file asks the host for no more than the file holds. */
     EXPECT_EQ(Call(kTPX1GetCharsFromFile, "6|2147483646|:f.txt"), "fgh");
@@ -230,42 +232,41 @@ TEST_F(FilesTest, GetCharsFromFileReadsASlice)
 
 TEST_F(FilesTest, ListingAdmitsZipAndRpfInCatalogOrder)
 {
-    MakeFolder("L");
+    folder.MakeFolder("L");
     for (const char *name : {"b.zip", "A.RPF", "c.ZIP", "d.txt", "e.rpf", "f.zipx", "noext"})
-        WriteFile(std::string("L/") + name, "x");
-    MakeFolder("L/Sub.Zip");
-    std::string folder = Classic("L:");
-    std::string expected = folder + "A.RPF\r" + folder + "b.zip\r" + folder + "c.ZIP\r" + folder + "e.rpf\r" +
-                           folder + "Sub.Zip\r";
-    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:b.zip")), expected);
-    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:e.rpf")), expected);
-    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:d.txt")), folder + "d.txt\r");
-    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:noext")), "");
-    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, Classic("L:missing.zip")), "");
+        folder.Write(std::string("L/") + name, "x");
+    folder.MakeFolder("L/Sub.Zip");
+    std::string l = folder.Classic("L:");
+    std::string expected = l + "A.RPF\r" + l + "b.zip\r" + l + "c.ZIP\r" + l + "e.rpf\r" + l + "Sub.Zip\r";
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, l + "b.zip"), expected);
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, l + "e.rpf"), expected);
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, l + "d.txt"), l + "d.txt\r");
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, l + "noext"), "");
+    EXPECT_EQ(Call(kTPX1GetListOfFilesInFolder, l + "missing.zip"), "");
 
     PlatformFaultSet(kFaultPBGetCatInfoSync, 3, ioErr, false);
-    Call(kTPX1GetListOfFilesInFolder, Classic("L:b.zip"));
+    Call(kTPX1GetListOfFilesInFolder, folder.Classic("L:b.zip"));
     EXPECT_TRUE(Contains(TakeDialogs(), "Error: -36"));
 }
 
 TEST_F(FilesTest, WriteAndReadHelpers)
 {
-    std::string path = Classic("w.txt");
+    std::string path = folder.Classic("w.txt");
     EXPECT_EQ(WriteCStringToFile(path.c_str(), "first"), noErr);
-    EXPECT_EQ(ReadFile("w.txt"), "first");
+    EXPECT_EQ(folder.Read("w.txt"), "first");
     EXPECT_EQ(WriteCStringToFile(path.c_str(), "2nd"), noErr);
-    EXPECT_EQ(ReadFile("w.txt"), "2nd");
+    EXPECT_EQ(folder.Read("w.txt"), "2nd");
     EXPECT_EQ(AppendBufferToFile(path.c_str(), "+more", 5), noErr);
-    EXPECT_EQ(ReadFile("w.txt"), "2nd+more");
+    EXPECT_EQ(folder.Read("w.txt"), "2nd+more");
     EXPECT_EQ(WriteCStringToFile(path.c_str(), nullptr), kMissingErr);
     Str255 name;
     PascalOf(path, name);
     FInfo info{};
     ASSERT_EQ(HGetFInfo(0, 0, name, &info), noErr);
 
-    std::string missing = Classic("none.txt");
+    std::string missing = folder.Classic("none.txt");
     EXPECT_EQ(AppendBufferToFile(missing.c_str(), "x", 1), fnfErr);
-    EXPECT_FALSE(Exists("none.txt"));
+    EXPECT_FALSE(folder.Exists("none.txt"));
 
     char **h = ReadFileIntoTerminatedFHandle(path.c_str(), true);
     ASSERT_NE(h, nullptr);

@@ -2,7 +2,7 @@
  * test_paths.cpp: relative path resolution, the host application's paths, the base
  * directory list, and the POSIX form of classic paths.
  */
-#include "FilesFixture.h"
+#include "tests/common/PluginTest.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +11,8 @@
 #include "files/Paths.h"
 #include "platform/Files.h"
 #include "store/Globals.h"
+
+using FilesTest = InitedPluginTest;
 
 static std::string Resolve(OSErr (*resolver)(const char *, char *), const std::string &path)
 {
@@ -53,21 +55,21 @@ TEST_F(FilesTest, ApplicationPathsComeFromTheProcessAndAreKept)
 {
     char out[256];
     GetAppFullPathName(out);
-    EXPECT_EQ(std::string(out), Classic("Apps:FakeHost"));
+    EXPECT_EQ(std::string(out), folder.Classic("Apps:FakeHost"));
     GetAppFolderPathWithDelimiter(out);
     EXPECT_EQ(std::string(out), AppFolder());
     GetAppName(out);
     EXPECT_EQ(std::string(out), "FakeHost");
 
     /* An application package is cut back to the package. */
-    MakeFolder("Apps/Host.app/Contents/MacOS");
-    WriteFile("Apps/Host.app/Contents/MacOS/Host", "");
-    setenv("TPX1_APP_PATH", Posix("Apps/Host.app/Contents/MacOS/Host").c_str(), 1);
+    folder.MakeFolder("Apps/Host.app/Contents/MacOS");
+    folder.Write("Apps/Host.app/Contents/MacOS/Host", "");
+    setenv("TPX1_APP_PATH", folder.Posix("Apps/Host.app/Contents/MacOS/Host").c_str(), 1);
     GetAppName(out);
     EXPECT_EQ(std::string(out), "FakeHost") << "the path is computed once and kept";
     gAppFullPathKnown = false;
     GetAppFullPathName(out);
-    EXPECT_EQ(std::string(out), Classic("Apps:Host.app:Contents:MacOS:Host"));
+    EXPECT_EQ(std::string(out), folder.Classic("Apps:Host.app:Contents:MacOS:Host"));
     GetAppFolderPathWithDelimiter(out);
     EXPECT_EQ(std::string(out), AppFolder());
     GetAppName(out);
@@ -76,123 +78,91 @@ TEST_F(FilesTest, ApplicationPathsComeFromTheProcessAndAreKept)
 
 TEST_F(FilesTest, CatalogPathsWalkUpToTheVolume)
 {
-    MakeFolder("A/B");
-    WriteFile("A/B/f.txt", "x");
+    folder.MakeFolder("A/B");
+    folder.Write("A/B/f.txt", "x");
     FSSpec theSpec;
-    ASSERT_EQ(GetFSSpecFromFullPath(Classic("A:B:f.txt").c_str(), &theSpec), noErr);
+    ASSERT_EQ(GetFSSpecFromFullPath(folder.Classic("A:B:f.txt").c_str(), &theSpec), noErr);
     char out[256];
     ASSERT_EQ(GetFullPathFromFSSpec(&theSpec, out), noErr);
-    EXPECT_EQ(std::string(out), Classic("A:B:f.txt"));
+    EXPECT_EQ(std::string(out), folder.Classic("A:B:f.txt"));
     ASSERT_EQ(GetPathWithDelimiterFromDirID(theSpec.parID, theSpec.vRefNum, out), noErr);
-    EXPECT_EQ(std::string(out), Classic("A:B:"));
-    EXPECT_EQ(GetFSSpecFromFullPath(Classic("A:B:missing.txt").c_str(), &theSpec), fnfErr);
-    EXPECT_EQ(GetFSSpecFromFullPath(Classic("A:None:missing.txt").c_str(), &theSpec), dirNFErr);
+    EXPECT_EQ(std::string(out), folder.Classic("A:B:"));
+    EXPECT_EQ(GetFSSpecFromFullPath(folder.Classic("A:B:missing.txt").c_str(), &theSpec), fnfErr);
+    EXPECT_EQ(GetFSSpecFromFullPath(folder.Classic("A:None:missing.txt").c_str(), &theSpec), dirNFErr);
 }
 
-class BaseDirectoryTest : public FilesTest {
-protected:
-    void SetUp() override
-    {
-        FilesTest::SetUp();
-        MakeFolder("Data1");
-        MakeFolder("Data2");
-        WriteFile("Data2/ref.txt", "reference");
+/* The base directory as TPX1ResolveRelativePath finds and keeps it, step by step: each
+ * step writes the list file ('~' stands for the private folder; none: no list file) and
+ * puts the reference file in the folders named, then expects the result (a path
+ * relative to the private folder, or the error), the base kept and the dialog shown. */
+TEST_F(FilesTest, BaseDirectoryComesFromTheListAndTheReferenceFile)
+{
+    const char *failed = "Error: DetermineBaseDirectoryFromTheReferenceFile returned an error";
+    const std::string three = "~:Data1\r~:Data2\r~:Data3\r";
+    struct Step {
+        const char *list;
+        std::string referenceIn, argument, result, base, dialog;
+    } steps[] = {
+        /* Mixed line ends, an empty line, trailing delimiters of both kinds: one holds it. */
+        {"\r\n~:Data1\\\r~:Data2:\n\n", "Data2", ":Sub:x.txt|:ref.txt", "Data2:Sub:x.txt", "Data2", ""},
+        /* Kept while the reference still holds: the list is not read again. */
+        {"", "Data2", ":y.txt|:ref.txt", "Data2:y.txt", "Data2", ""},
+        /* Without a reference the base is cleared and the application folder applies. */
+        {"", "Data2", ":y.txt", "Apps:y.txt", "", ""},
+        /* Three hold it: an error, the second matching line stays, and still holds it. */
+        {three.c_str(), "Data1 Data2 Data3", ":x|:ref.txt", failed, "Data2",
+         "Error: more than one base directory listed in BaseDirectoryList.txt contains the reference file \":ref.txt\""},
+        {three.c_str(), "Data1 Data2 Data3", ":x|:ref.txt", "Data2:x", "Data2", ""},
+        /* A reference beside the application clears the base. */
+        {"~:Data2\r", "Data2 Apps", ":x|:ref.txt", "Apps:x", "", ""},
+        {"~:Data1\r", "Data2", ":x|:ref.txt", failed, "",
+         "Error: base directory could not be found containing the reference file \":ref.txt\""},
+        /* No list file at all: the application folder is the base, silently. */
+        {nullptr, "Data2", ":x|:ref.txt", "Apps:x", "", ""},
+    };
+    for (const Step &step : steps) {
+        SCOPED_TRACE(std::string(step.list ? step.list : "no list") + ", in " + step.referenceIn + ": " + step.argument);
+        for (std::string place : {"Data1", "Data2", "Data3", "Apps"}) {
+            if (step.referenceIn.find(place) != std::string::npos)
+                folder.Write(place + "/ref.txt", "reference");
+            else
+                folder.Remove(place + "/ref.txt");
+        }
+        std::string list = step.list ? step.list : "";
+        for (size_t at; (at = list.find('~')) != std::string::npos;)
+            list.replace(at, 1, folder.Classic());
+        if (step.list)
+            folder.Write("Apps/BaseDirectoryList.txt", list);
+        else
+            folder.Remove("Apps/BaseDirectoryList.txt");
+        EXPECT_EQ(Call(kTPX1ResolveRelativePath, step.argument), step.result == failed ? failed : folder.Classic(step.result));
+        EXPECT_EQ(std::string(gBaseDirectory), step.base.empty() ? "" : folder.Classic(step.base));
+        EXPECT_EQ(TakeDialogs(), step.dialog.empty() ? std::vector<std::string>{} : std::vector<std::string>{step.dialog});
     }
-    void WriteList(const std::string &lines) { WriteFile("Apps/BaseDirectoryList.txt", lines); }
-    std::string ResolveWithReference(const std::string &path)
-    {
-        return Call(kTPX1ResolveRelativePath, path + "|:ref.txt");
-    }
-};
-
-static const char kDetermineFailed[] = "Error: DetermineBaseDirectoryFromTheReferenceFile returned an error";
-
-TEST_F(BaseDirectoryTest, OneListedFolderHoldingTheReferenceBecomesTheBase)
-{
-    /* Mixed line ends, an empty line, trailing delimiters of both kinds. */
-    WriteList("\r\n" + Classic("Data1") + "\\\r" + Classic("Data2:") + "\n\n");
-    EXPECT_EQ(ResolveWithReference(":Sub:x.txt"), Classic("Data2:Sub:x.txt"));
-    EXPECT_EQ(std::string(gBaseDirectory), Classic("Data2"));
-
-    /* The base is kept while the reference still holds: the list is not read again. */
-    WriteList("");
-    EXPECT_EQ(ResolveWithReference(":y.txt"), Classic("Data2:y.txt"));
-    EXPECT_EQ(std::string(gBaseDirectory), Classic("Data2"));
-    /* Without a reference the base is cleared and the application folder applies. */
-    EXPECT_EQ(Call(kTPX1ResolveRelativePath, ":y.txt"), AppFolder() + "y.txt");
-    EXPECT_EQ(gBaseDirectory[0], 0);
-    EXPECT_TRUE(TakeDialogs().empty());
-}
-
-TEST_F(BaseDirectoryTest, TwoListedFoldersHoldingTheReferenceAreAnError)
-{
-    WriteFile("Data1/ref.txt", "another");
-    MakeFolder("Data3");
-    WriteFile("Data3/ref.txt", "third");
-    WriteList(Classic("Data1") + "\r" + Classic("Data2") + "\r" + Classic("Data3") + "\r");
-    EXPECT_EQ(ResolveWithReference(":x"), kDetermineFailed);
-    auto dialogs = TakeDialogs();
-    ASSERT_EQ(dialogs.size(), 1u);
-    EXPECT_EQ(dialogs[0], "Error: more than one base directory listed in BaseDirectoryList.txt contains "
-                          "the reference file \":ref.txt\"");
-    EXPECT_EQ(std::string(gBaseDirectory), Classic("Data2")) << "the second matching line stays";
-    EXPECT_EQ(DetermineBaseDirectoryFromTheReferenceFile(":ref.txt"), noErr)
-        << "the kept base still holds the reference";
-}
-
-TEST_F(BaseDirectoryTest, NoListedFolderHoldingTheReferenceIsAnError)
-{
-    WriteList(Classic("Data1") + "\r");
-    EXPECT_EQ(DetermineBaseDirectoryFromTheReferenceFile(":ref.txt"), -1);
-    EXPECT_EQ(gBaseDirectory[0], 0);
-    auto dialogs = TakeDialogs();
-    ASSERT_EQ(dialogs.size(), 1u);
-    EXPECT_EQ(dialogs[0], "Error: base directory could not be found containing the reference file \":ref.txt\"");
-
-    /* No list file at all: the application folder is the base, silently. */
-    std::remove(Posix("Apps/BaseDirectoryList.txt").c_str());
-    EXPECT_EQ(ResolveWithReference(":x"), AppFolder() + "x");
-    EXPECT_TRUE(TakeDialogs().empty());
-}
-
-TEST_F(BaseDirectoryTest, ReferenceBesideTheApplicationClearsTheBase)
-{
-    WriteList(Classic("Data2") + "\r");
-    EXPECT_EQ(ResolveWithReference(":x"), Classic("Data2:x"));
-    WriteFile("Apps/ref.txt", "beside the application");
-    EXPECT_EQ(ResolveWithReference(":x"), AppFolder() + "x");
-    EXPECT_EQ(gBaseDirectory[0], 0);
-
-    char out[256];
-    EXPECT_EQ(ResolvePossiblePartialPath(":z", ":ref.txt", 0, out), noErr);
-    EXPECT_EQ(std::string(out), AppFolder() + "z");
-    std::remove(Posix("Apps/ref.txt").c_str());
-    std::remove(Posix("Data2/ref.txt").c_str());
-    EXPECT_EQ(ResolvePossiblePartialPath(":z", ":ref.txt", 0, out), -1);
 }
 
 TEST_F(FilesTest, FileSystemRepresentationCreatesTheMissingFile)
 {
-    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":new.txt"), Posix("Apps/new.txt"));
-    ASSERT_TRUE(Exists("Apps/new.txt"));
-    EXPECT_EQ(ReadFile("Apps/new.txt"), "");
+    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":new.txt"), folder.Posix("Apps/new.txt"));
+    ASSERT_TRUE(folder.Exists("Apps/new.txt"));
+    EXPECT_EQ(folder.Read("Apps/new.txt"), "");
     FInfo info;
     Str255 name;
-    std::string classic = Classic("Apps:new.txt");
+    std::string classic = folder.Classic("Apps:new.txt");
     name[0] = (unsigned char)classic.size();
     memcpy(name + 1, classic.data(), classic.size());
     ASSERT_EQ(HGetFInfo(0, 0, name, &info), noErr);
 
-    WriteFile("Apps/old.txt", "kept");
-    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, Classic("Apps:old.txt")), Posix("Apps/old.txt"));
-    EXPECT_EQ(ReadFile("Apps/old.txt"), "kept");
+    folder.Write("Apps/old.txt", "kept");
+    EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, folder.Classic("Apps:old.txt")), folder.Posix("Apps/old.txt"));
+    EXPECT_EQ(folder.Read("Apps/old.txt"), "kept");
 
     EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":NoFolder:x.txt"),
               "Error: strcpyFileSystemRepresentationFromClassicPath returned an error");
-    WriteFile("Apps/BaseDirectoryList.txt", Classic("Apps") + "\r");
+    folder.Write("Apps/BaseDirectoryList.txt", folder.Classic("Apps") + "\r");
     EXPECT_EQ(Call(kTPX1FileSystemRepresentationFromClassicPath, ":x.txt|:nowhere.txt"),
               "Error: ResolvePossiblePartialPath returned an error");
-    EXPECT_FALSE(Exists("Apps/x.txt"));
+    EXPECT_FALSE(folder.Exists("Apps/x.txt"));
     EXPECT_EQ(TakeDialogs().size(), 1u);
 
     SKIP_WITHOUT_FINDER_INFO(info);

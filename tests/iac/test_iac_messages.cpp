@@ -258,7 +258,7 @@ TEST_F(IacTest, OutgoingRefusals)
     /* An addressee that can't be found: its error, the alert, the list emptied. */
     EXPECT_EQ(SendMessageFromOutgoingMessageParameters(FOUR_CHAR('N', 'O', 'N', 'E'), 1), procNotFound);
     EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 1);
+    EXPECT_EQ(DialogCount(), 1);
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);
 }
 
@@ -277,11 +277,11 @@ TEST_F(IacTest, SendMessageToGreetsEveryTimeAndReportsFailures)
         EXPECT_EQ(sent[0].Get("PATH"), "Linux:opt:FileMaker:FileMaker Pro");
         EXPECT_EQ(sent[0].Get("DOC "), "");
     }
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
 
     /* Without MSSG: nothing goes out but the greeting, and the error is shown. */
     EXPECT_EQ(Call(kTPX1SendMessageTo, "TPX1"), "");
     EXPECT_EQ(SentIds(TakeSent()), (std::vector<std::string>{"HOLA", "MENU"}));
-    ASSERT_EQ(PlatformDialogRecordedCount(), 1);
-    EXPECT_NE(std::string(PlatformDialogRecorded(0)->text).find("Error: -123"), std::string::npos);
+    ASSERT_EQ(DialogCount(), 1);
+    EXPECT_NE(DialogText(0).find("Error: -123"), std::string::npos);
 }

@@ -12,11 +12,10 @@
 
 TEST_F(IacTest, GreetingsCarryMenusMapsAndTheFirstView)
 {
-    IacTempFolder temp;
-    temp.Write("Maps A/Name.map", "map");
-    temp.Write("Maps B/Other.map", "map");
-    std::string folderA = temp.Classic("Maps A") + ":";
-    std::string folderB = temp.Classic("Maps B") + ":";
+    folder.Write("Maps A/Name.map", "map");
+    folder.Write("Maps B/Other.map", "map");
+    std::string folderA = folder.Classic("Maps A") + ":";
+    std::string folderB = folder.Classic("Maps B") + ":";
     Call(kTPX1SetTopoluxMapInfo, folderB + "|DRAW|");
     Call(kTPX1SetTopoluxMapInfo, folderA + "||");
     Call(kTPX1SetTopoluxSharingMenu, "Sites|Get info;Link");
@@ -103,8 +102,7 @@ TEST_F(IacTest, SharingMenusAndActions)
 
 TEST_F(IacTest, MapTableKeysFoldersAndRefusesASixth)
 {
-    IacTempFolder temp;
-    std::string base = temp.Classic() + ":";
+    std::string base = folder.Classic() + ":";
     Call(kTPX1SetTopoluxMapInfo, base + "M1:|ONE|");
     Call(kTPX1SetTopoluxMapInfo, base + "M1:|TWO");
     EXPECT_EQ(std::string(gTopoluxMaps[0].folder), base + "M1:");
@@ -120,25 +118,23 @@ TEST_F(IacTest, MapTableKeysFoldersAndRefusesASixth)
 
     for (const char *name : {"M2:", "M3:", "M4:", "M5:"}) Call(kTPX1SetTopoluxMapInfo, base + name + "|X|");
     EXPECT_EQ(std::string(gTopoluxMaps[1].folder), base + "M2:");
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
     Call(kTPX1SetTopoluxMapInfo, base + "M6:|X|");
-    ASSERT_EQ(PlatformDialogRecordedCount(), 1);
-    EXPECT_NE(std::string(PlatformDialogRecorded(0)->text).find("Error: -3"), std::string::npos);
+    ASSERT_EQ(DialogCount(), 1);
+    EXPECT_NE(DialogText(0).find("Error: -3"), std::string::npos);
     for (const MapEntry &entry : gTopoluxMaps) EXPECT_NE(std::string(entry.folder), base + "M6:");
 }
 
 TEST_F(IacTest, MapInfoReferenceFileIsTheWholeRestAfterTheSecondBar)
 {
-    IacTempFolder temp;
-    temp.Write("BaseDirectoryList.txt", temp.Classic("One") + "\r" + temp.Classic("Two") + "\r");
-    temp.Write("One/Ref", "what a cut at the third bar would find");
-    temp.Write("Two/Ref|1.txt");
-    SetGlobalFromStr("App Folder with Delim", 1, (temp.Classic() + ":").c_str());
+    folder.Write("BaseDirectoryList.txt", folder.Classic("One") + "\r" + folder.Classic("Two") + "\r");
+    folder.Write("One/Ref", "what a cut at the third bar would find");
+    folder.Write("Two/Ref|1.txt");
+    SetGlobalFromStr("App Folder with Delim", 1, (folder.Classic() + ":").c_str());
     Call(kTPX1SetTopoluxMapInfo, ":Maps:|DRAW|:Ref|1.txt");
-    EXPECT_EQ(std::string(gTopoluxMaps[0].folder), temp.Classic("Two") + ":Maps:");
+    EXPECT_EQ(std::string(gTopoluxMaps[0].folder), folder.Classic("Two") + ":Maps:");
     EXPECT_STREQ(gTopoluxMaps[0].options, "DRAW");
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
-    DetermineBaseDirectoryFromTheReferenceFile("");
+    EXPECT_EQ(DialogCount(), 0);
 }
 
 TEST_F(IacTest, FirstViewTakesFourTokensInLeftTopRightBottomOrder)
@@ -185,5 +181,5 @@ TEST_F(IacTest, KnownFriendsAreGreetedInTableOrderWhenRunning)
     /* TPX1InitIAC installs the handler and greets the same way. */
     Call(kTPX1InitIAC, "");
     EXPECT_EQ(TakeSent().size(), 2u);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
 }

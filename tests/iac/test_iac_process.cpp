@@ -17,21 +17,10 @@
 #include "store/MessageLists.h"
 #include "text/ErrorCodes.h"
 
-namespace {
-
-std::string DialogText(int32_t i)
-{
-    const DialogSpec *theSpec = PlatformDialogRecorded(i);
-    return theSpec && theSpec->text ? theSpec->text : "<none>";
-}
-
-}   // namespace
-
 TEST_F(IacTest, LaunchFromTheRecordedPathInTheBackground)
 {
-    IacTempFolder temp;
-    std::string posix = temp.Write("Partner/TOPOLUX", "#!/bin/sh\n");
-    std::string classic = temp.Classic("Partner/TOPOLUX");
+    std::string posix = folder.Write("Partner/TOPOLUX", "#!/bin/sh\n");
+    std::string classic = folder.Classic("Partner/TOPOLUX");
     AddFriend(kTopoluxSignature, classic.c_str());
     PlatformMemoryBusSetLaunchSignature(kTopoluxSignature);
 
@@ -51,14 +40,13 @@ TEST_F(IacTest, LaunchFromTheRecordedPathInTheBackground)
     EXPECT_EQ(BringApplicationForward(kTopoluxSignature, 0), noErr);
     ASSERT_EQ(PlatformMemoryBusFrontCount(), 1);
     EXPECT_EQ(PlatformMemoryBusFront(0), kTopoluxSignature);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
 }
 
 TEST_F(IacTest, SendingToAStoppedPartnerLaunchesAndGreetsItWithTheView)
 {
-    IacTempFolder temp;
-    temp.Write("Partner/TOPOLUX");
-    AddFriend(kTopoluxSignature, temp.Classic("Partner/TOPOLUX").c_str());
+    folder.Write("Partner/TOPOLUX");
+    AddFriend(kTopoluxSignature, folder.Classic("Partner/TOPOLUX").c_str());
     PlatformMemoryBusSetLaunchSignature(kTopoluxSignature);
     Call(kTPX1SetTopoluxFirstView, "1 2 3 4");
     SetOutgoingMessageParameterFromStr("MSSG", "SHOW", 1);
@@ -69,10 +57,8 @@ TEST_F(IacTest, SendingToAStoppedPartnerLaunchesAndGreetsItWithTheView)
 
 TEST_F(IacTest, LaunchFallsBackToTheApplicationsFolderAndRecordsIt)
 {
-    IacTempFolder apps;
-    std::string posix = apps.Write("TOPOLUX Folder/TOPOLUX");
-    setenv("TPX1_APPLICATIONS_FOLDER", apps.path.c_str(), 1);
-    std::string expected = apps.Classic("TOPOLUX Folder/TOPOLUX");
+    std::string posix = folder.Write("Partners/TOPOLUX Folder/TOPOLUX");
+    std::string expected = folder.Classic("Partners/TOPOLUX Folder/TOPOLUX");
 
     char path[256];
     EXPECT_EQ(GetDefaultPath(kTopoluxSignature, path), noErr);
@@ -92,13 +78,11 @@ TEST_F(IacTest, LaunchFallsBackToTheApplicationsFolderAndRecordsIt)
     EXPECT_STREQ(PlatformMemoryBusLaunchPath(0), posix.c_str());
     GetFriendsPath(kTopoluxSignature, path);
     EXPECT_EQ(std::string(path), expected);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
 }
 
 TEST_F(IacTest, UnreachablePartnersRaiseTheUnableToLocateAlerts)
 {
-    IacTempFolder apps;
-    setenv("TPX1_APPLICATIONS_FOLDER", apps.path.c_str(), 1);
     struct { OSType signature; const char *text; } cases[] = {
         {kNimboSignature, "Unable to locate NIMBO.  \r\rPlease locate NIMBO and launch it using the Finder.\r"},
         {kTopoluxSignature, "Unable to locate TOPOLUX.  \r\rPlease locate TOPOLUX and launch it using the Finder.\r"},
@@ -110,34 +94,33 @@ TEST_F(IacTest, UnreachablePartnersRaiseTheUnableToLocateAlerts)
         unsigned char launched = 7;
         EXPECT_EQ(MakeSureAppIsRunning(c.signature, &launched), procNotFound);
         EXPECT_EQ(launched, 0);
-        ASSERT_EQ(PlatformDialogRecordedCount(), 1);
+        ASSERT_EQ(DialogCount(), 1);
         EXPECT_EQ(DialogText(0), c.text);
     }
 
     /* Found on disk but never comes up: the launch error, after the alert. */
-    apps.Write("NIMBO Folder/NIMBO");
+    folder.Write("Partners/NIMBO Folder/NIMBO");
     PlatformDialogClearRecord();
     EXPECT_EQ(MakeSureAppIsRunning(kNimboSignature, nullptr), procNotFound);
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 1);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 1);
+    EXPECT_EQ(DialogCount(), 1);
 
     /* Looking only: no launch, no alert. */
     PlatformDialogClearRecord();
     EXPECT_EQ(SignatureToApp(kTopoluxSignature, nullptr, nullptr, nullptr, nullptr, 0, 0), procNotFound);
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 1);
 }
 
 TEST_F(IacTest, DocumentsTravelAsFileURLs)
 {
-    IacTempFolder temp;
-    std::string document = temp.Write("My Sites.map", "m");
-    temp.Write("Partner/NIMBO");
+    std::string document = folder.Write("My Sites.map", "m");
+    folder.Write("Partner/NIMBO");
     FSSpec theSpec;
-    ASSERT_EQ(GetFSSpecFromFullPath(temp.Classic("My Sites.map").c_str(), &theSpec), noErr);
+    ASSERT_EQ(GetFSSpecFromFullPath(folder.Classic("My Sites.map").c_str(), &theSpec), noErr);
 
     /* Launching with a document hands it over with the launch. */
-    AddFriend(kNimboSignature, temp.Classic("Partner/NIMBO").c_str());
+    AddFriend(kNimboSignature, folder.Classic("Partner/NIMBO").c_str());
     PlatformMemoryBusSetLaunchSignature(kNimboSignature);
     unsigned char launched = 0;
     ProcessSerialNumber psn = {0, 0};
@@ -164,7 +147,7 @@ TEST_F(IacTest, DocumentsTravelAsFileURLs)
     char url[1024] = {0};
     EXPECT_EQ(AEGetParamPtr(&event, keyDirectObject, typeFileURL, &type, url, sizeof url - 1, &size), noErr);
     EXPECT_EQ(type, typeFileURL);
-    std::string expected = "file://" + temp.path + "/My%20Sites.map";
+    std::string expected = "file://" + folder.Posix() + "/My%20Sites.map";
     EXPECT_EQ(std::string(url, (size_t)size), expected);
     AEDisposeDesc(&event);
 }
@@ -173,9 +156,9 @@ TEST_F(IacTest, GoToAppAnswersThePathAndGreetsANewlyStartedTopolux)
 {
     /* Not to be found: no result, the alert. */
     EXPECT_EQ(Call(kTPX1GoToApp, "NMB5|whatever"), "");
-    EXPECT_EQ(PlatformDialogRecordedCount(), 1);
+    EXPECT_EQ(DialogCount(), 1);
     EXPECT_EQ(Call(kTPX1GoToApp, "|x"), "");
-    EXPECT_EQ(PlatformDialogRecordedCount(), 1);
+    EXPECT_EQ(DialogCount(), 1);
 
     /* Running but never recorded. */
     AddApp(kNimboSignature);
@@ -186,9 +169,8 @@ TEST_F(IacTest, GoToAppAnswersThePathAndGreetsANewlyStartedTopolux)
     EXPECT_EQ(PlatformMemoryBusSentCount(0), 0);
 
     /* TOPOLUX started by the call is greeted (without the view). */
-    IacTempFolder temp;
-    std::string classic = temp.Classic("TOPOLUX");
-    temp.Write("TOPOLUX");
+    std::string classic = folder.Classic("TOPOLUX");
+    folder.Write("TOPOLUX");
     AddFriend(kTopoluxSignature, classic.c_str());
     PlatformMemoryBusSetLaunchSignature(kTopoluxSignature);
     Call(kTPX1SetTopoluxFirstView, "1 2 3 4");
@@ -207,7 +189,7 @@ TEST_F(IacTest, IsAppRunningLooksAtFourCharacters)
     EXPECT_EQ(Call(kTPX1IsAppRunning, "TPX"), "FALSE");
     EXPECT_EQ(Call(kTPX1IsAppRunning, "NMB5"), "FALSE");
     EXPECT_EQ(Call(kTPX1IsAppRunning, "FMP7"), "TRUE");   /* the host itself */
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
     EXPECT_EQ(PlatformMemoryBusLaunchCount(), 0);
 }
 
@@ -229,12 +211,12 @@ TEST_F(IacTest, ShowOnMapSendsTheListWithItsOptions)
     SetOutgoingMessageParameterFromStr("OPTN", "MINE", 1);
     EXPECT_EQ(Call(kTPX1ShowOnMap, list), "");
     EXPECT_EQ(TakeSent()[0].Get("OPTN"), "MINE");
-    EXPECT_EQ(PlatformDialogRecordedCount(), 0);
+    EXPECT_EQ(DialogCount(), 0);
 
     /* TOPOLUX unreachable: the alert, then the error report. */
     PlatformMemoryBusRemoveApp(kTopoluxSignature);
     EXPECT_EQ(Call(kTPX1ShowOnMap, list), "");
-    ASSERT_EQ(PlatformDialogRecordedCount(), 2);
+    ASSERT_EQ(DialogCount(), 2);
     EXPECT_EQ(DialogText(0).rfind("Unable to locate TOPOLUX.", 0), 0u);
     EXPECT_NE(DialogText(1).find("Error: -600"), std::string::npos);
     EXPECT_EQ(gOutgoingUserMessageParameterDataNodeList, nullptr);

@@ -28,7 +28,7 @@ std::string Expand(const std::string &text)
 {
     std::string out;
     for (char c : text)
-        out += c == '~' ? HarnessRootClassic() : std::string(1, c);
+        out += c == '~' ? HarnessFolder().Classic() : std::string(1, c);
     return out;
 }
 
@@ -39,10 +39,11 @@ void Call(int id, const std::string &argument)
 
 void SetUpFiles()
 {
-    HarnessWriteFile("Apps/BaseDirectoryList.txt", HarnessClassic("Data1") + "\r" + HarnessClassic("Data2") + "\r");
-    HarnessWriteFile("Data1/Ref1.txt", "reference");
-    HarnessWriteFile("Apps/Sheet.RPF", "header CMTR2005 fdtR2007 PHTR2000 trailer bytes\r");
-    HarnessWriteFile("Apps/Other.zip", "zip");
+    const TestFolder &root = HarnessFolder();
+    root.Write("Apps/BaseDirectoryList.txt", root.Classic("Data1") + "\r" + root.Classic("Data2") + "\r");
+    root.Write("Data1/Ref1.txt", "reference");
+    root.Write("Apps/Sheet.RPF", "header CMTR2005 fdtR2007 PHTR2000 trailer bytes\r");
+    root.Write("Apps/Other.zip", "zip");
 }
 
 void SetUp(unsigned setup)

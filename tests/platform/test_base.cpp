@@ -1,7 +1,6 @@
 /*
- * test_base.cpp: fault injection (calls, once, persistent, TPX1_FAULTS at load), the
- * errno mapping, settings, the Mac Roman conversions, the tick clocks and the reset of
- * every service.
+ * test_base.cpp: fault injection (calls, once, persistent, TPX1_FAULTS at load),
+ * settings, the Mac Roman conversions, the tick clocks and the reset of every service.
  */
 #include "platform/AppleEvents.h"
 #include "platform/Faults.h"
@@ -9,9 +8,8 @@
 #include "platform/Processes.h"
 #include "platform/Services.h"
 #include "platform/TestBus.h"
-#include "TempFolder.h"
+#include "tests/common/TestFolder.h"
 
-#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <vector>
@@ -90,8 +88,8 @@ TEST(PlatformFaults, EnvironmentAtLoad)
         EXPECT_EQ(PlatformFaultCheck(kFaultPBGetCatInfoSync), fnfErr);
         return;
     }
-    TempFolder tmp;
-    std::string errPath = tmp.File("stderr");
+    TestFolder tmp;
+    std::string errPath = tmp.Posix("stderr");
     std::string filter = "--gtest_filter=PlatformFaults.EnvironmentAtLoad";
     char self[4096];
     ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
@@ -120,24 +118,6 @@ TEST(PlatformFaults, EnvironmentAtLoad)
     EXPECT_NE(at, std::string::npos) << err;
     EXPECT_EQ(err.find("\"nonsense\"", at + 1), std::string::npos);   // reported once
     EXPECT_NE(err.find("\"Bogus:1:-1\""), std::string::npos) << err;     // and so is every other
-}
-
-TEST(PlatformErrors, ErrnoMapping)
-{
-    EXPECT_EQ(PlatformErrnoToOSErr(0), noErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(ENOENT), fnfErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(ENOTDIR), dirNFErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EACCES), permErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EPERM), permErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EROFS), wPrErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(ETXTBSY), fBsyErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EDQUOT), dskFulErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(ENOMEM), memFullErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(ENAMETOOLONG), bdNamErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EEXIST), dupFNErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EMFILE), tmfoErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EISDIR), paramErr);
-    EXPECT_EQ(PlatformErrnoToOSErr(EXDEV), ioErr);
 }
 
 TEST(PlatformSettings, WithAndWithoutPrefix)
@@ -214,11 +194,11 @@ static OSErr IgnoreEvent(const AppleEvent *, AppleEvent *, intptr_t)
 
 TEST(PlatformReset, EveryServiceAsTheProcessStarted)
 {
-    TempFolder tmp;
-    Str255 name;
-    std::string path = tmp.Write("open.txt", "x");
-    ASSERT_EQ(PlatformPOSIXPathToClassic(path.c_str(), (char *)name + 1, 254), noErr);
-    name[0] = (unsigned char)strlen((char *)name + 1);
+    TestFolder tmp;
+    tmp.Write("open.txt", "x");
+    std::string classic = tmp.Classic("open.txt");
+    Str255 name = {(unsigned char)classic.size()};
+    memcpy(name + 1, classic.data(), classic.size());
     int16_t refNum = 0;
     ASSERT_EQ(HOpenDF(0, 0, name, fsRdPerm, &refNum), noErr);
     ASSERT_GT(OpenResFile(tmp.Write("a.rsrc", "STR#\t1\t1\tx\n").c_str()), 0);

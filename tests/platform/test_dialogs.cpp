@@ -4,7 +4,7 @@
  */
 #include "platform/Faults.h"
 #include "platform/Services.h"
-#include "TempFolder.h"
+#include "tests/common/TestFolder.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -107,8 +107,8 @@ static std::vector<std::string> Lines(const std::string &s)
 
 TEST(PlatformDialogs, LogBackendWritesJsonLinesAndUsesAnswers)
 {
-    TempFolder tmp;
-    setenv("TPX1_DIALOG_LOG", tmp.File("dialogs.jsonl").c_str(), 1);
+    TestFolder tmp;
+    setenv("TPX1_DIALOG_LOG", tmp.Posix("dialogs.jsonl").c_str(), 1);
     setenv("TPX1_DIALOG_ANSWERS", "2,Linux:tmp:caf\xC3\xA9.txt,,Linux:out:r.txt,,7", 1);
     PlatformDialogReset();
 
@@ -148,8 +148,8 @@ TEST(PlatformDialogs, LogBackendWritesJsonLinesAndUsesAnswers)
 TEST(PlatformDialogs, HeadlessLineOnStderrWhenTheLogCannotBeOpened)
 {
     /* Said once; then every dialog is one line on standard error, terminal or not. */
-    TempFolder tmp;
-    setenv("TPX1_DIALOG_LOG", tmp.File("missing/dialogs.jsonl").c_str(), 1);
+    TestFolder tmp;
+    setenv("TPX1_DIALOG_LOG", tmp.Posix("missing/dialogs.jsonl").c_str(), 1);
     PlatformDialogReset();
 
     DialogSpec theSpec = MakeSpec("First line\r\nsecond\rthird \x8E", "OK", "", "");
@@ -164,7 +164,7 @@ TEST(PlatformDialogs, HeadlessLineOnStderrWhenTheLogCannotBeOpened)
     PlatformDialogReset();
     std::vector<std::string> lines = Lines(err);
     ASSERT_EQ(lines.size(), 3u) << err;
-    EXPECT_NE(lines[0].find(": cannot open the dialog log " + tmp.File("missing/dialogs.jsonl") +
+    EXPECT_NE(lines[0].find(": cannot open the dialog log " + tmp.Posix("missing/dialogs.jsonl") +
                             " (TPX1_DIALOG_LOG): No such file or directory; dialogs go to standard error"),
               std::string::npos) << lines[0];
     EXPECT_EQ(lines[1], "tpx1 dialog: [Stop] Stop: First line / second / third \xC3\xA9 { 1=OK } -> 1");

@@ -4,7 +4,7 @@
  */
 #include "platform/Faults.h"
 #include "platform/Services.h"
-#include "TempFolder.h"
+#include "tests/common/TestFolder.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ static std::string IndString(int16_t id, int16_t index)
 
 TEST(PlatformResources, ParsesItemsEscapesAndSkipsBadLines)
 {
-    TempFolder tmp;
+    TestFolder tmp;
     std::string path = tmp.Write("plugin.rsrc",
         "# comment line\n"
         "STR#\t144\t1\tTPX1-Version\n"
@@ -68,7 +68,7 @@ TEST(PlatformResources, ParsesItemsEscapesAndSkipsBadLines)
 
 TEST(PlatformResources, CurrentFileAndMissingFiles)
 {
-    TempFolder tmp;
+    TestFolder tmp;
     std::string a = tmp.Write("a.rsrc", "STR#\t1\t1\tfrom a\n");
     std::string b = tmp.Write("b.rsrc", "STR#\t1\t1\tfrom b\n");
     int16_t refA = OpenResFile(a.c_str());
@@ -93,9 +93,9 @@ TEST(PlatformResources, CurrentFileAndMissingFiles)
     CloseResFile(again);
     CloseResFile(refB);
 
-    EXPECT_EQ(OpenResFile(tmp.File("missing.rsrc").c_str()), -1);
+    EXPECT_EQ(OpenResFile(tmp.Posix("missing.rsrc").c_str()), -1);
     EXPECT_EQ(ResError(), fnfErr);
-    EXPECT_EQ(OpenResFile(tmp.path.c_str()), -1);   // a folder is no resource file
+    EXPECT_EQ(OpenResFile(tmp.Posix().c_str()), -1);   // a folder is no resource file
     EXPECT_NE(ResError(), noErr);
 
     PlatformFaultSet(kFaultOpenResFile, 1, memFullErr, false);

@@ -1,43 +1,57 @@
 /*
- * FileTestFolder.h: the fixture of the file service tests: a fresh folder made with
- * mkdtemp under /tmp, its classic path on the root volume "Linux", and small helpers
- * for Pascal strings and POSIX files.
+ * FileTestFolder.h: the fixture of the file service tests: the service as at load (root
+ * volume "Linux", the real mount table, no faults) around a private test folder, classic
+ * paths inside it, and Pascal strings.
  */
 #ifndef TPX1_TESTS_FILETESTFOLDER_H
 #define TPX1_TESTS_FILETESTFOLDER_H
 
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
 #include "platform/Faults.h"
 #include "platform/FileService.h"
 #include "platform/Files.h"
+#include "tests/common/TestFolder.h"
 
-#include <gtest/gtest.h>
-#include <string>
-
-/* A Pascal string from a C++ string (Mac Roman bytes). */
+/* A Pascal string from a C++ string (Mac Roman bytes), and back. */
 struct Pascal {
     Str255 text;
-    explicit Pascal(const std::string &s);
+    explicit Pascal(const std::string &s)
+    {
+        text[0] = (unsigned char)(s.size() > 255 ? 255 : s.size());
+        memcpy(text + 1, s.data(), text[0]);
+    }
     operator ConstStr255Param() const { return text; }
 };
 
-std::string FromPascal(const unsigned char *p);
+inline std::string FromPascal(const unsigned char *p)
+{
+    return std::string((const char *)p + 1, p[0]);
+}
 
 class FileTestFolder : public ::testing::Test {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override { Restore(); }
+    void TearDown() override { Restore(); }
+    static void Restore()
+    {
+        unsetenv("TPX1_ROOT_VOLUME");
+        PlatformFilesUseMountInfo(nullptr);
+        PlatformFilesReset();
+        PlatformFaultClearAll();
+    }
+    /* A classic path relative to the test folder, taken as it is ('/' is part of a name). */
+    std::string Classic(const std::string &classicRelative) const { return folder.Classic() + ":" + classicRelative; }
+    OSErr MakeSpec(const std::string &classicRelative, FSSpec *theSpec) const
+    {
+        return FSMakeFSSpec(0, 0, Pascal(Classic(classicRelative)), theSpec);
+    }
 
-    /* POSIX and classic paths of an item of the test folder ("" for the folder). */
-    std::string Posix(const std::string &relative) const;
-    std::string Classic(const std::string &classicRelative) const;
-    void WritePosixFile(const std::string &relative, const std::string &content) const;
-    std::string ReadPosixFile(const std::string &relative) const;
-    bool PosixExists(const std::string &relative) const;
-    /* The FSSpec of an item named by a classic path relative to the test folder. */
-    OSErr MakeSpec(const std::string &classicRelative, FSSpec *theSpec) const;
-
-    std::string folder_;          /* POSIX, no trailing slash */
-    std::string classicFolder_;   /* "Linux:tmp:tpx1files...:" */
+    TestFolder folder;
 };
 
 #endif

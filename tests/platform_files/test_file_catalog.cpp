@@ -62,8 +62,8 @@ protected:
 TEST_F(FileCatalog, WalkSeesItemsInCatalogOrder)
 {
     for (const char *name : {"b.txt", "a.txt", "A.txt", "Zed", "_x", "\xC3\x89" "clair", "\xC3\xA9" "a", "\xD0\xB6.txt"})
-        WritePosixFile(name, "12345");
-    ASSERT_EQ(mkdir(Posix("Middle").c_str(), 0755), 0);
+        folder.Write(name, "12345");
+    ASSERT_EQ(mkdir(folder.Posix("Middle").c_str(), 0755), 0);
 
     OSErr end = noErr;
     std::vector<Walked> items = WalkFolder(vRefNum_, dirID_, &end);
@@ -99,14 +99,14 @@ TEST_F(FileCatalog, WalkSeesItemsInCatalogOrder)
 
 TEST_F(FileCatalog, ListingFollowsChangesInsideAndOutsideTheService)
 {
-    WritePosixFile("m.txt", "");
+    folder.Write("m.txt", "");
     OSErr end;
     EXPECT_EQ(Names(WalkFolder(vRefNum_, dirID_, &end)), std::vector<std::string>({"m.txt"}));
 
     ASSERT_EQ(HCreate(vRefNum_, dirID_, Pascal("c.txt"), 0, 0), noErr);
     EXPECT_EQ(Names(WalkFolder(vRefNum_, dirID_, &end)), std::vector<std::string>({"c.txt", "m.txt"}));
 
-    WritePosixFile("Z.txt", "");   /* behind the service's back */
+    folder.Write("Z.txt", "");   /* behind the service's back */
     EXPECT_EQ(Names(WalkFolder(vRefNum_, dirID_, &end)), std::vector<std::string>({"c.txt", "m.txt", "Z.txt"}));
 
     ASSERT_EQ(HDelete(vRefNum_, dirID_, Pascal("m.txt")), noErr);

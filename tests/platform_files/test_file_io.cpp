@@ -74,7 +74,7 @@ TEST_F(FileIO, ReadWriteMarksAndEndOfFile)
     EXPECT_EQ(FSClose(ref), noErr);
     EXPECT_EQ(FSClose(ref), rfNumErr);
     EXPECT_EQ(GetEOF(ref, &eof), rfNumErr);
-    EXPECT_EQ(ReadPosixFile("f.txt"), "hello");
+    EXPECT_EQ(folder.Read("f.txt"), "hello");
 
     /* Read-only access refuses writes. */
     ASSERT_EQ(Open("f.txt", fsRdPerm, &ref), noErr);
@@ -93,7 +93,7 @@ TEST_F(FileIO, LargeTransferInChunksKeepsEveryByte)
 {
     std::string content(3 * 1000 * 1000 + 7, '\0');
     for (size_t i = 0; i < content.size(); i++) content[i] = (char)(i * 131 + (i >> 12));
-    WritePosixFile("src.bin", content);
+    folder.Write("src.bin", content);
     for (bool inKernel : {false, true}) {
         HDelete(0, 0, Pascal(Classic("dst.bin")));
         ASSERT_EQ(HCreate(0, 0, Pascal(Classic("dst.bin")), 0, 0), noErr);
@@ -120,24 +120,24 @@ TEST_F(FileIO, LargeTransferInChunksKeepsEveryByte)
         }
         EXPECT_EQ(FSClose(src), noErr);
         EXPECT_EQ(FSClose(dst), noErr);
-        EXPECT_TRUE(ReadPosixFile("dst.bin") == content);
+        EXPECT_TRUE(folder.Read("dst.bin") == content);
         EXPECT_EQ(PlatformFilesBytesCopiedInKernel() - kernelBytes, inKernel ? eof : 0);
     }
 }
 
 TEST_F(FileIO, CreateAndDeleteAnswerAsTheMacDoes)
 {
-    ASSERT_EQ(mkdir(Posix("Full").c_str(), 0755), 0);
-    WritePosixFile("Full/x", "");
-    ASSERT_EQ(mkdir(Posix("Empty").c_str(), 0755), 0);
+    ASSERT_EQ(mkdir(folder.Posix("Full").c_str(), 0755), 0);
+    folder.Write("Full/x", "");
+    ASSERT_EQ(mkdir(folder.Posix("Empty").c_str(), 0755), 0);
     EXPECT_EQ(HDelete(0, 0, Pascal(Classic("Full"))), fBsyErr);
     EXPECT_EQ(HDelete(0, 0, Pascal(Classic("Empty:"))), noErr);
-    EXPECT_FALSE(PosixExists("Empty"));
+    EXPECT_FALSE(folder.Exists("Empty"));
     EXPECT_EQ(HDelete(0, 0, Pascal(Classic("nothing"))), fnfErr);
     EXPECT_EQ(HCreate(0, 0, Pascal(Classic("No:file")), 0, 0), dirNFErr);
 
     /* A file open in the process is busy; a second writer is refused. */
-    WritePosixFile("open.txt", "abc");
+    folder.Write("open.txt", "abc");
     int16_t ref, other;
     ASSERT_EQ(Open("open.txt", fsRdWrPerm, &ref), noErr);
     EXPECT_EQ(Open("open.txt", fsWrPerm, &other), opWrErr);
@@ -148,7 +148,7 @@ TEST_F(FileIO, CreateAndDeleteAnswerAsTheMacDoes)
     FSSpec theSpec;
     ASSERT_EQ(MakeSpec("open.txt", &theSpec), noErr);
     EXPECT_EQ(FSpDelete(&theSpec), noErr);
-    EXPECT_FALSE(PosixExists("open.txt"));
+    EXPECT_FALSE(folder.Exists("open.txt"));
     EXPECT_EQ(FSpDelete(&theSpec), fnfErr);
 }
 
@@ -156,7 +156,7 @@ TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
 {
     ASSERT_EQ(HCreate(0, 0, Pascal(Classic("doc")), kTtxt, kTEXT), noErr);
     unsigned char raw[32] = {};
-    ssize_t n = getxattr(Posix("doc").c_str(), "user.com.apple.FinderInfo", raw, sizeof raw);
+    ssize_t n = getxattr(folder.Posix("doc").c_str(), "user.com.apple.FinderInfo", raw, sizeof raw);
     if (n < 0) GTEST_SKIP() << "no extended attributes in /tmp";
     EXPECT_EQ(n, 32);
     EXPECT_EQ(memcmp(raw, "TEXTttxt", 8), 0);
@@ -175,7 +175,7 @@ TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
     EXPECT_EQ(back.fdType, FOUR_CHAR('R', 'P', 'F', ' '));
     EXPECT_EQ(back.fdCreator, kTtxt);
     EXPECT_EQ(back.fdFlags, 0x0100);
-    ASSERT_EQ(getxattr(Posix("doc").c_str(), "user.com.apple.FinderInfo", raw, sizeof raw), 32);
+    ASSERT_EQ(getxattr(folder.Posix("doc").c_str(), "user.com.apple.FinderInfo", raw, sizeof raw), 32);
     EXPECT_EQ(raw[8], 0x01);
     EXPECT_EQ(raw[9], 0x00);
 
@@ -186,21 +186,21 @@ TEST_F(FileIO, FinderInfoRoundTripsThroughTheAttribute)
     pb.ioDirID = theSpec.parID;
     ASSERT_EQ(PBGetCatInfoSync(&pb), noErr);
     EXPECT_EQ(pb.finderInfo.fdType, FOUR_CHAR('R', 'P', 'F', ' '));
-    WritePosixFile("plain", "");
+    folder.Write("plain", "");
     ASSERT_EQ(HGetFInfo(0, 0, Pascal(Classic("plain")), &info), noErr);
     EXPECT_EQ(info.fdType, 0u);
     EXPECT_EQ(info.fdCreator, 0u);
-    ASSERT_EQ(mkdir(Posix("Dir").c_str(), 0755), 0);
+    ASSERT_EQ(mkdir(folder.Posix("Dir").c_str(), 0755), 0);
     EXPECT_EQ(HGetFInfo(0, 0, Pascal(Classic("Dir")), &info), fnfErr);
 }
 
 TEST_F(FileIO, LockedFilesRefuseWritingAndDeletion)
 {
-    WritePosixFile("locked.txt", "data");
+    folder.Write("locked.txt", "data");
     Pascal name(Classic("locked.txt"));
     ASSERT_EQ(HSetFLock(0, 0, name), noErr);
     struct stat st;
-    ASSERT_EQ(stat(Posix("locked.txt").c_str(), &st), 0);
+    ASSERT_EQ(stat(folder.Posix("locked.txt").c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0222, 0u);
 
     int16_t ref;
@@ -216,7 +216,7 @@ TEST_F(FileIO, LockedFilesRefuseWritingAndDeletion)
     EXPECT_EQ(HSetFInfo(0, 0, name, &info), noErr);      /* Finder info stays writable */
 
     ASSERT_EQ(HRstFLock(0, 0, name), noErr);
-    ASSERT_EQ(stat(Posix("locked.txt").c_str(), &st), 0);
+    ASSERT_EQ(stat(folder.Posix("locked.txt").c_str(), &st), 0);
     EXPECT_NE(st.st_mode & S_IWUSR, 0u);
     ASSERT_EQ(HOpenDF(0, 0, name, fsRdWrPerm, &ref), noErr);
     EXPECT_EQ(FSClose(ref), noErr);
@@ -226,7 +226,7 @@ TEST_F(FileIO, LockedFilesRefuseWritingAndDeletion)
 
 TEST_F(FileIO, InjectedFaultsComeBeforeTheFileSystem)
 {
-    WritePosixFile("f", "abcdef");
+    folder.Write("f", "abcdef");
     int16_t ref;
     ASSERT_EQ(Open("f", fsRdPerm, &ref), noErr);
     char buffer[8];
@@ -260,13 +260,13 @@ TEST_F(FileIO, InjectedFaultsComeBeforeTheFileSystem)
 
 TEST_F(FileIO, FindFolderUsesTheConfiguredFolders)
 {
-    std::string apps = Posix("Apps");
+    std::string apps = folder.Posix("Apps");
     setenv("TPX1_APPLICATIONS_FOLDER", apps.c_str(), 1);
     int16_t vRefNum = 0;
     int32_t dirID = 0;
     EXPECT_EQ(FindFolder(kOnSystemDisk, kApplicationsFolderType, kDontCreateFolder, &vRefNum, &dirID), fnfErr);
     ASSERT_EQ(FindFolder(kOnSystemDisk, kApplicationsFolderType, kCreateFolder, &vRefNum, &dirID), noErr);
-    EXPECT_TRUE(PosixExists("Apps"));
+    EXPECT_TRUE(folder.Exists("Apps"));
     EXPECT_EQ(vRefNum, -1);
     FSSpec inside;
     ASSERT_EQ(MakeSpec("Apps:TOPOLUX", &inside), fnfErr);
@@ -275,7 +275,7 @@ TEST_F(FileIO, FindFolderUsesTheConfiguredFolders)
 
     const char *savedTmp = getenv("TMPDIR");
     std::string saved = savedTmp ? savedTmp : "";
-    setenv("TMPDIR", Posix("Apps").c_str(), 1);
+    setenv("TMPDIR", folder.Posix("Apps").c_str(), 1);
     int32_t tempID = 0;
     ASSERT_EQ(FindFolder(kOnSystemDisk, kTemporaryFolderType, kDontCreateFolder, &vRefNum, &tempID), noErr);
     EXPECT_EQ(tempID, dirID);

@@ -94,7 +94,7 @@ TEST_F(FilePaths, RootVolumeNameComesFromTheEnvironment)
 
 TEST_F(FilePaths, MountedFileSystemsAreVolumesByTheirFolderName)
 {
-    std::string table = Posix("mountinfo");
+    std::string table = folder.Posix("mountinfo");
     std::ofstream(table) << "22 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
                             "40 22 8:17 / /mnt/Data rw - ext4 /dev/sdb1 rw\n"
                             "41 22 8:33 / /media/ann/USB\\040Stick rw - vfat /dev/sdc1 rw\n"
@@ -122,23 +122,23 @@ TEST_F(FilePaths, MountedFileSystemsAreVolumesByTheirFolderName)
 
 TEST_F(FilePaths, MakeFSSpecTellsExistingMissingAndBadPaths)
 {
-    ASSERT_EQ(mkdir(Posix("Data").c_str(), 0755), 0);
-    WritePosixFile("Data/Sites.txt", "x");
+    ASSERT_EQ(mkdir(folder.Posix("Data").c_str(), 0755), 0);
+    folder.Write("Data/Sites.txt", "x");
 
-    FSSpec file, folder, missing;
+    FSSpec file, data, missing;
     ASSERT_EQ(MakeSpec("Data:Sites.txt", &file), noErr);
     EXPECT_EQ(FromPascal(file.name), "Sites.txt");
     EXPECT_EQ(file.vRefNum, -1);
-    ASSERT_EQ(MakeSpec("Data:", &folder), noErr);             /* a trailing colon names the folder */
-    EXPECT_EQ(FromPascal(folder.name), "Data");
-    EXPECT_EQ(MakeSpec("Data", &folder), noErr);
+    ASSERT_EQ(MakeSpec("Data:", &data), noErr);             /* a trailing colon names the folder */
+    EXPECT_EQ(FromPascal(data.name), "Data");
+    EXPECT_EQ(MakeSpec("Data", &data), noErr);
 
     /* Missing leaf in an existing folder: fnfErr with the FSSpec filled in. */
     EXPECT_EQ(MakeSpec("Data:New.txt", &missing), fnfErr);
     EXPECT_EQ(FromPascal(missing.name), "New.txt");
     EXPECT_EQ(missing.parID, file.parID);
     EXPECT_EQ(FSpCreate(&missing, FOUR_CHAR('t', 't', 'x', 't'), FOUR_CHAR('T', 'E', 'X', 'T'), smSystemScript), noErr);
-    EXPECT_TRUE(PosixExists("Data/New.txt"));
+    EXPECT_TRUE(folder.Exists("Data/New.txt"));
 
     EXPECT_EQ(MakeSpec("Nope:Sites.txt", &missing), dirNFErr);
     EXPECT_EQ(MakeSpec("Data:Sites.txt:", &missing), dirNFErr);   /* a file is no folder */
@@ -165,9 +165,9 @@ TEST_F(FilePaths, MakeFSSpecTellsExistingMissingAndBadPaths)
 
     char posix[512];
     ASSERT_EQ(FSpGetPOSIXPath(&file, posix, sizeof posix), noErr);
-    EXPECT_EQ(std::string(posix), Posix("Data/Sites.txt"));
-    ASSERT_EQ(FSpGetPOSIXPath(&folder, posix, sizeof posix), noErr);
-    EXPECT_EQ(std::string(posix), Posix("Data"));
+    EXPECT_EQ(std::string(posix), folder.Posix("Data/Sites.txt"));
+    ASSERT_EQ(FSpGetPOSIXPath(&data, posix, sizeof posix), noErr);
+    EXPECT_EQ(std::string(posix), folder.Posix("Data"));
 }
 
 TEST_F(FilePaths, ClassicSlashAndAccentedNamesReachTheirPOSIXFiles)
@@ -175,18 +175,18 @@ TEST_F(FilePaths, ClassicSlashAndAccentedNamesReachTheirPOSIXFiles)
     FSSpec theSpec;
     ASSERT_EQ(MakeSpec("a/b Caf\x8E.txt", &theSpec), fnfErr);
     ASSERT_EQ(FSpCreate(&theSpec, 0, 0, smSystemScript), noErr);
-    EXPECT_TRUE(PosixExists("a:b Caf\xC3\xA9.txt"));
+    EXPECT_TRUE(folder.Exists("a:b Caf\xC3\xA9.txt"));
     EXPECT_EQ(MakeSpec("a/b Caf\x8E.txt", &theSpec), noErr);
     EXPECT_EQ(FSpCreate(&theSpec, 0, 0, smSystemScript), dupFNErr);
     /* A POSIX name without a Mac Roman form cannot be named. */
-    WritePosixFile("\xD0\xB6.txt", "");
+    folder.Write("\xD0\xB6.txt", "");
     EXPECT_EQ(MakeSpec("?.txt", &theSpec), fnfErr);
 }
 
 TEST_F(FilePaths, DirectoryIdsWalkBackToTheVolumeRoot)
 {
-    ASSERT_EQ(mkdir(Posix("A").c_str(), 0755), 0);
-    ASSERT_EQ(mkdir(Posix("A/B").c_str(), 0755), 0);
+    ASSERT_EQ(mkdir(folder.Posix("A").c_str(), 0755), 0);
+    ASSERT_EQ(mkdir(folder.Posix("A/B").c_str(), 0755), 0);
     FSSpec b, a;
     ASSERT_EQ(MakeSpec("A:B:", &b), noErr);
     ASSERT_EQ(MakeSpec("A:", &a), noErr);

@@ -110,8 +110,8 @@ void DeliverInfo(const std::string &text, const std::string &lst2)
 /* Gives every piece of the state a value. */
 void FillEveryPiece()
 {
-    HarnessWriteFile("Apps/BaseDirectoryList.txt", HarnessClassic("Data1") + "\r");
-    HarnessWriteFile("Data1/Ref.txt", "reference");
+    HarnessFolder().Write("Apps/BaseDirectoryList.txt", HarnessFolder().Classic("Data1") + "\r");
+    HarnessFolder().Write("Data1/Ref.txt", "reference");
     PlatformMemoryBusAddApp(FOUR_CHAR('T', 'P', 'X', '1'), "TOPOLUX", "/opt/TOPOLUX/TOPOLUX");
     Call(kTPX1SetKnownFriend, "TPX1|Linux:opt:TOPOLUX:TOPOLUX");
     Call(kTPX1SetHandledMessages, "INFO");
@@ -126,7 +126,7 @@ void FillEveryPiece()
         Call(id, "Select one object.");
     Call(kTPX1SetTopoluxMapInfo, "Maps|DRAW|");
     Call(kTPX1SetTopoluxFirstView, "-90|40|-80|30");
-    EXPECT_EQ(Call(kTPX1ResolveRelativePath, ":Sites|:Ref.txt"), HarnessClassic("Data1:Sites"));
+    EXPECT_EQ(Call(kTPX1ResolveRelativePath, ":Sites|:Ref.txt"), HarnessFolder().Classic("Data1:Sites"));
     Call(kTPX1SetGlobal, "Count|1");
     Call(kTPX1AttachScriptToGlobal, "Count|Recount");
     Call(kTPX1EnableGlobalScript, "Count");
@@ -147,7 +147,7 @@ void FillEveryPiece()
     HostIdle(HarnessPlugin(), 0);   /* the second message, announced after the grace period */
     Call(kTPX1CallScript, "Later");
     /* NIMBO started but never comes up: remembered until the next call begins. */
-    Call(kTPX1SetKnownFriend, "NMB5|" + HarnessClassic("Data1/Ref.txt"));
+    Call(kTPX1SetKnownFriend, "NMB5|" + HarnessFolder().Classic("Data1/Ref.txt"));
     Call(kTPX1GoToApp, "NMB5");
 
     /* What no external function leaves behind: list 2 is emptied after every send, the

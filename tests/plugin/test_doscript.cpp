@@ -5,12 +5,11 @@
  * announcement of kept messages with its 600-tick grace periods (also across the tick
  * counter's wrap-around), and the re-entry guard under a real nested Idle.
  */
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
 #include "fuzz/TestHooks.h"
+#include "tests/common/PluginTest.h"
 #include "host/HostCore.h"
 #include "platform/AppleEvents.h"
 #include "platform/Processes.h"
@@ -43,34 +42,26 @@ void IdleAgainWhenBroughtForward(void)
         HostIdle(gNestingPlugin, 0);
 }
 
-class DoScriptTest : public ::testing::Test {
+class DoScriptTest : public InitedPluginTest {
 protected:
-    HostPlugin plugin;
     void SetUp() override
     {
-        PlatformBusUseMemory();
-        PlatformSetProcessSignature(FOUR_CHAR('F', 'M', 'P', '7'));
-        PlatformDialogUseRecorder();
+        InitedPluginTest::SetUp();
         PlatformClockUseManual(1000, 0);
         ASSERT_EQ(noErr, AEInstallEventHandler(kAEMiscStandards, kAEDoScript, RecordDoScript, 0, false));
-        plugin.entry = RunHostCall;
-        ASSERT_EQ(51, HostInit(&plugin, 60));
         gScriptsRun.clear();
     }
     void TearDown() override
     {
         PlatformSetActivateHandler(nullptr);
         gNestingPlugin = nullptr;
-        HostShutdown(&plugin);
-        AEProcessEvents();
-        EXPECT_EQ(0, HostMemoryLiveHandles() + HostMemoryLivePointers());
-        PlatformClockUseReal();
+        InitedPluginTest::TearDown();
     }
     /* One idle call of the host, then the host's event dispatch; the scripts it ran. */
     std::vector<std::string> IdleOnce()
     {
         gScriptsRun.clear();
-        HostIdle(&plugin, 0);
+        HostIdle(HarnessPlugin(), 0);
         AEProcessEvents();
         return gScriptsRun;
     }
@@ -79,7 +70,6 @@ protected:
         const char *pairs[] = {"MSSG", id, "SIGN", "TPX1"};
         ASSERT_EQ(noErr, ArchiveMessageForTesting(pairs, 2));
     }
-    std::string Call(int id, const std::string &arg) { return HostCallExternal(&plugin, id, arg); }
 };
 
 using Names = std::vector<std::string>;
@@ -94,7 +84,7 @@ TEST_F(DoScriptTest, QueueKeepsNamesOnceInOrderAndRunsOnePerIdle)
         EXPECT_EQ(0, AddScriptToDoScriptQueue(("S" + std::to_string(i)).c_str()));
     EXPECT_EQ(kQueueFullErr, AddScriptToDoScriptQueue("Eleventh"));
 
-    HostIdle(&plugin, 1);
+    HostIdle(HarnessPlugin(), 1);
     AEProcessEvents();
     EXPECT_TRUE(gScriptsRun.empty()) << "an idle level other than 0 runs nothing";
 
@@ -161,7 +151,7 @@ TEST_F(DoScriptTest, WrappedTickCounterEndsTheGracePeriodAtOnce)
 
 TEST_F(DoScriptTest, NestedIdleReturnsAtOnce)
 {
-    gNestingPlugin = &plugin;
+    gNestingPlugin = HarnessPlugin();
     PlatformSetActivateHandler(IdleAgainWhenBroughtForward);
     AddScriptToDoScriptQueue("A");
     AddScriptToDoScriptQueue("B");

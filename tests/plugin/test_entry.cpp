@@ -1,9 +1,10 @@
 /*
  * test_entry.cpp: the plug-in loaded as a host loads it (dlopen of tpx1.fmx, calls
  * through FMExternCallProc with fmhost's host memory): the Init version range, the
- * current resource file around every call, the dispatcher's handling of ids and
- * arguments, the character functions, the file dialogs, an error report's exact text,
- * and the function table against the names in the written resource file.
+ * current resource file around every call, an argument that cannot be terminated, the
+ * file dialogs, an error report's exact text, and the function table against the names
+ * in the written resource file. (The character functions and unknown ids are
+ * tests/host/scripts/basics.fmh's, through fmhost.)
  */
 #include <gtest/gtest.h>
 
@@ -87,23 +88,6 @@ TEST_F(PluginEntry, EveryCallLeavesTheCurrentResourceFileAsItWas)
     HostInit(&plugin, 60);
     Call("TPX1TabChar", "");
     EXPECT_EQ(plugin.resFileRef, CurResFile());
-    HostShutdown(&plugin);
-}
-
-TEST_F(PluginEntry, CharacterFunctionsAndUnknownIds)
-{
-    HostInit(&plugin, 60);
-    EXPECT_EQ("A", Call("TPX1Ascii2Char", "65"));
-    EXPECT_EQ("A", Call("TPX1Ascii2Char", "321"));
-    EXPECT_EQ("A", Call("TPX1Ascii2Char", "  +65xyz"));
-    for (const char *empty : {"0", "", "abc", "256"})
-        EXPECT_EQ("", Call("TPX1Ascii2Char", empty)) << empty;
-    EXPECT_EQ("\t", Call("TPX1TabChar", "ignored"));
-    EXPECT_EQ("\r", Call("TPX1ReturnChar", ""));
-    EXPECT_EQ("\"", Call("TPX1DoubleQuoteChar", ""));
-    for (int id : {int(kFunctionCount), -5, -1, 1000})
-        EXPECT_EQ("", HostCallExternal(&plugin, id, "65"));
-    EXPECT_EQ(0, PlatformDialogRecordedCount()) << "unknown ids report nothing";
     HostShutdown(&plugin);
 }
 
