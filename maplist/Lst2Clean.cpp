@@ -30,14 +30,6 @@ struct Lst2SortRecord {
 };
 static_assert(sizeof(Lst2SortRecord) == 24, "sort records are 24 bytes");
 
-/* gLst2Upper: mytoupper of every byte, looked up once per call instead of called per
- * character. */
-static void BuildLst2UpperTable(void)
-{
-    for (int c = 0; c < 256; c++)
-        gLst2Upper[c] = (unsigned char)mytoupper((char)c);
-}
-
 /* Once the records are filled every break is a CR; LF counts for the filling itself. */
 static bool IsLst2LineEnd(unsigned char c)
 {
@@ -66,8 +58,8 @@ static int CompareLst2LinesFrom(const char *a, const char *b, long from)
         bool endP = IsLst2LineEnd(*p), endQ = IsLst2LineEnd(*q);
         if (endP || endQ)
             return endP && endQ ? 0 : (endP ? -1 : 1);
-        if (*p != *q && gLst2Upper[*p] != gLst2Upper[*q])
-            return gLst2Upper[*p] < gLst2Upper[*q] ? -1 : 1;
+        if (*p != *q && kMacRomanUpper.of[*p] != kMacRomanUpper.of[*q])
+            return kMacRomanUpper.of[*p] < kMacRomanUpper.of[*q] ? -1 : 1;
     }
 }
 
@@ -97,7 +89,7 @@ static void FillLst2SortRecords(char *text, Lst2SortRecord *records, long lineCo
         const unsigned char *line = (const unsigned char *)text + position;
         long k = 0;
         while (k < kLst2KeyLength && line[k] != '\t' && !IsLst2LineEnd(line[k])) {
-            record->key[k] = (char)gLst2Upper[line[k]];
+            record->key[k] = (char)kMacRomanUpper.of[line[k]];
             k++;
         }
         long length = k + (long)strcspn((const char *)line + k, "\r\n");
@@ -277,7 +269,6 @@ OSErr CleanLST2Lines(char *text, long lineCount, long *newLength)
     Lst2SortRecord *records = (Lst2SortRecord *)NewFPointer(lineCount * (long)sizeof(Lst2SortRecord));
     if (records == nullptr)
         return memFullErr;
-    BuildLst2UpperTable();
     FillLst2SortRecords(text, records, lineCount);
     StirLst2SortRecords(records, lineCount);
     qsort(records, (size_t)lineCount, sizeof(Lst2SortRecord), CompareLst2SortRecords);

@@ -23,19 +23,9 @@ enum {
     kLst2MaxNameLength = 63,
 };
 
-/* The column table gLst2ColumnTable is rebuilt at every call and ended by a pair with
- * code 0. */
-static void BuildLst2ColumnTable(void)
-{
-    static const char *const words[6] = {"TOPOLUXID", "LAYERNAME", "MAPNAME", "SPACE", "TAB", "RETURN"};
-    for (int i = 0; i < 6; i++) {
-        gLst2ColumnTable[i].code = (int16_t)(i + 1);
-        gLst2ColumnTable[i].word = words[i];
-    }
-    gLst2ColumnTable[6].code = 0;
-    gLst2ColumnTable[6].word = nullptr;
-    gWordCodeTable = gLst2ColumnTable;
-}
+/* The column table the format words are read with, ended by a pair with code 0. */
+static const WordCode kLst2ColumnTable[7] = {{1, "TOPOLUXID"}, {2, "LAYERNAME"}, {3, "MAPNAME"}, {4, "SPACE"},
+                                             {5, "TAB"},       {6, "RETURN"},    {0, nullptr}};
 
 /* Splits like strtok, but with the position kept by the caller: separators before a
  * token are skipped (a run counts as one), the separator after it is overwritten with
@@ -212,7 +202,7 @@ void TPX1GetParameterLST2(long funcId, char **argHandle, char **resultHandle)
         ReportErrorToUser(funcId, err);
         return;
     }
-    BuildLst2ColumnTable();
+    gWordCodeTable = kLst2ColumnTable;
     char format[kLst2FormatSize];
     strcpyFHandleToCStr(format, sizeof format, argHandle);
     StrToUpper(format);

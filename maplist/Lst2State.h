@@ -1,7 +1,6 @@
 /*
- * Lst2State.h: what the LST2 code keeps between the steps of one call: the column table
- * the output codes are read from, the upper-case table, and the text the sort's
- * comparison reads (qsort passes no context). The frame owns the one object that holds
+ * Lst2State.h: what the LST2 code keeps between the steps of one call: the text the
+ * sort's comparison reads (qsort passes no context). The frame owns the one object that holds
  * it with the rest of the plug-in's state (plugin/CoreState.h); the code reads each
  * piece through its g name, bound there.
  */
@@ -12,12 +11,8 @@
 
 struct Lst2State {
     const char *lst2GroupText;
-    WordCode lst2ColumnTable[7];
-    unsigned char lst2Upper[256];
 };
 
 extern const char *&gLst2GroupText;          /* maplist/Lst2Clean.cpp */
-extern unsigned char (&gLst2Upper)[256];     /* maplist/Lst2Clean.cpp */
-extern WordCode (&gLst2ColumnTable)[7];      /* maplist/Lst2Columns.cpp */
 
 #endif

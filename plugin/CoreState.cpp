@@ -71,8 +71,6 @@ int &gNextFailedLaunch = gCoreState.iac.nextFailedLaunch;
 
 /* ---- maplist/ ---- */
 const char *&gLst2GroupText = gCoreState.maplist.lst2GroupText;
-WordCode (&gLst2ColumnTable)[7] = gCoreState.maplist.lst2ColumnTable;
-unsigned char (&gLst2Upper)[256] = gCoreState.maplist.lst2Upper;
 
 /* ---- files/ ---- */
 char (&gBaseDirectory)[256] = gCoreState.files.baseDirectory;

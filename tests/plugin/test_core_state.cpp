@@ -52,7 +52,7 @@ const std::vector<Piece> &Pieces()
         PIECE(gTopoluxNoneSelectedLinkAlert), PIECE(gTopoluxMoreThanOneSelectedLinkAlert),
         PIECE(gNimboNoneSelectedGetInfoAlert), PIECE(gTopoluxMaps), PIECE(gTopoluxFirstView), PIECE(gIacClosed),
         PIECE(gFailedLaunches), PIECE(gNextFailedLaunch),
-        PIECE(gLst2GroupText), PIECE(gLst2ColumnTable), PIECE(gLst2Upper),
+        PIECE(gLst2GroupText),
         PIECE(gBaseDirectory), PIECE(gAppFullPathName), PIECE(gAppFullPathKnown)};
     return pieces;
 }
